@@ -1,0 +1,100 @@
+#include "driver/Console.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include "driver/StreamRedirector.h"
+
+namespace gridmoor {
+
+namespace {
+
+// File-level state of the console; the exit handler reaches it after main has returned.
+StreamRedirector stdoutRedirector(STDOUT_FILENO);
+StreamRedirector stderrRedirector(STDERR_FILENO);
+std::string errorFilePath;
+bool runFinished = false;
+
+void stopRedirectors() {
+  std::fflush(stdout);
+  std::fflush(stderr);
+  stdoutRedirector.stop();
+  stderrRedirector.stop();
+}
+
+void exitHandler() {
+  stopRedirectors();
+  struct stat info;
+  if (!errorFilePath.empty() && ::stat(errorFilePath.c_str(), &info) == 0 && info.st_size == 0)
+    std::remove(errorFilePath.c_str());
+  // A normal end would finalize the message-passing layer here; a single-process build has
+  // nothing to finalize, so runFinished only records the kind of end.
+  (void)runFinished;
+}
+
+// SIGINT and SIGTERM end the run through exit(), so the exit handler saves the error file.
+void terminationHandler(int) { std::exit(1); }
+
+void crashHandler(int) {
+  stopRedirectors();
+  std::signal(SIGABRT, SIG_DFL);
+  std::abort();
+}
+
+void writeProtocol(const std::string& line) {
+  std::fflush(stdout);
+  stdoutRedirector.writeRaw(line);
+}
+
+}  // namespace
+
+void redirectStandardStreams(const std::string& stdoutPath, const std::string& stderrPath) {
+  errorFilePath = stderrPath;
+  const bool outOpen = stdoutRedirector.open(stdoutPath);
+  const bool errOpen = stderrRedirector.open(stderrPath);
+  stdoutRedirector.start();
+  stderrRedirector.start();
+  // A pipe makes stdio buffer fully; the host reads the log while the run goes on.
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  if (!outOpen) std::fprintf(stderr, "Could not open the file %s for writing\n", stdoutPath.c_str());
+  if (!errOpen) {
+    errorFilePath.clear();
+    std::fprintf(stderr, "Could not open the file %s for writing\n", stderrPath.c_str());
+  }
+}
+
+void installExitAndSignalHandlers() {
+  std::atexit(exitHandler);
+  std::signal(SIGINT, terminationHandler);
+  std::signal(SIGTERM, terminationHandler);
+  std::signal(SIGSEGV, crashHandler);
+  std::signal(SIGABRT, crashHandler);
+}
+
+void setRunFinished() { runFinished = true; }
+
+void progress(int percent) { writeProtocol("###PROGRESS### " + std::to_string(percent) + "\n"); }
+
+void subProgress(int percent) {
+  writeProtocol("###SUBPROGRESS### " + std::to_string(percent) + "\n");
+}
+
+void progressCaptions(const std::string& x, const std::string& y) {
+  writeProtocol("###PROGRESS### xCaption " + x + "\n");
+  writeProtocol("###PROGRESS### yCaption " + y + "\n");
+}
+
+void subProgressCaptions(const std::string& x, const std::string& y) {
+  writeProtocol("###SUBPROGRESS### xCaption " + x + "\n");
+  writeProtocol("###SUBPROGRESS### yCaption " + y + "\n");
+}
+
+void resetGraph() { writeProtocol("###PROGRESS### ResetGraph\n"); }
+
+void resetSubGraph() { writeProtocol("###SUBPROGRESS### ResetGraph\n"); }
+
+}  // namespace gridmoor

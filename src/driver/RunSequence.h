@@ -1,0 +1,49 @@
+// The run sequence of one solver process: parameter file, console, parameters, geometry,
+// materials, fields, time steps, output and report, one short operation per step.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "driver/RunTimers.h"
+#include "input/XmlNode.h"
+
+namespace gridmoor {
+
+class KeyWordsLattora;
+
+class RunSequence {
+ public:
+  RunSequence(int argc, char** argv);
+  ~RunSequence();
+  // Walks the sequence; returns the exit code of a normal end (failures exit on their own).
+  int run();
+
+  // Directory part of a path, with its trailing separator ('/' or '\\'); empty without one.
+  static std::string directoryOf(const std::string& path);
+  // An input file named in the parameter file: relative names are taken relative to the
+  // parameter file's directory, so a run works from any current directory.
+  static std::string resolveInputPath(const std::string& directory, const std::string& name);
+
+ private:
+  void checkArguments();
+  void readParameterTree();
+  void redirectStreams();
+  void printBanner();
+  void installHandlers();
+  void removeStopRequest();
+  void readKeywords();
+  void takeLicence();
+  void startProgress();
+  [[noreturn]] void stopAtMissingStep(const std::string& what);
+
+  std::vector<std::string> arguments_;
+  std::string parameterPath_;
+  std::string outputDirectory_;
+  XmlNode tree_;
+  std::unique_ptr<KeyWordsLattora> keywords_;
+  RunTimers timers_;
+};
+
+}  // namespace gridmoor

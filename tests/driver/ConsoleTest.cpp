@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "driver/Console.h"
+#include "driver/Logger.h"
+#include "driver/RunSequence.h"
+
+namespace fs = std::filesystem;
+using namespace gridmoor;
+
+namespace {
+
+std::string readAll(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+fs::path freshDirectory(const std::string& name) {
+  const fs::path dir = fs::temp_directory_path() / (name + "-" + std::to_string(::getpid()));
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  return dir;
+}
+
+// The child process redirects both streams, writes, and leaves through exit(): the exit
+// handler must have drained the pipes into the files and removed an empty error file.
+void runRedirected(const fs::path& dir, bool writeError, size_t bulkBytes) {
+  redirectStandardStreams((dir / "stdout.txt").string(), (dir / "error.txt").string());
+  installExitAndSignalHandlers();
+  std::printf("log line\n");
+  std::string bulk(bulkBytes, 'x');
+  std::fwrite(bulk.data(), 1, bulk.size(), stdout);
+  progress(0);
+  if (writeError) std::fprintf(stderr, "something failed\n");
+  std::exit(writeError ? 1 : 0);
+}
+
+}  // namespace
+
+class ConsoleRedirection : public ::testing::Test {
+ protected:
+  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+TEST_F(ConsoleRedirection, CopiesStdoutAndRemovesAnEmptyErrorFile) {
+  const fs::path dir = freshDirectory("gridmoor-console-ok");
+  // 3 * 8191 + 5 bytes make the pump go round several full reads.
+  EXPECT_EXIT(runRedirected(dir, false, 3 * 8191 + 5), ::testing::ExitedWithCode(0), "");
+  const std::string out = readAll(dir / "stdout.txt");
+  EXPECT_EQ(out.rfind("log line\n", 0), 0u);
+  EXPECT_EQ(out.size(), std::string("log line\n").size() + 3 * 8191 + 5);
+  // Protocol lines reach the host but not the log copy.
+  EXPECT_EQ(out.find("###PROGRESS###"), std::string::npos);
+  EXPECT_FALSE(fs::exists(dir / "error.txt"));
+  fs::remove_all(dir);
+}
+
+TEST_F(ConsoleRedirection, KeepsAnErrorFileThatHasText) {
+  const fs::path dir = freshDirectory("gridmoor-console-error");
+  EXPECT_EXIT(runRedirected(dir, true, 0), ::testing::ExitedWithCode(1), "something failed");
+  EXPECT_EQ(readAll(dir / "error.txt"), "something failed\n");
+  fs::remove_all(dir);
+}
+
+TEST_F(ConsoleRedirection, TerminationSignalLeavesThroughTheExitHandler) {
+  const fs::path dir = freshDirectory("gridmoor-console-signal");
+  auto body = [&] {
+    redirectStandardStreams((dir / "stdout.txt").string(), (dir / "error.txt").string());
+    installExitAndSignalHandlers();
+    std::printf("before the signal\n");
+    std::raise(SIGTERM);
+    std::printf("never written\n");
+    std::exit(0);
+  };
+  EXPECT_EXIT(body(), ::testing::ExitedWithCode(1), "");
+  EXPECT_EQ(readAll(dir / "stdout.txt"), "before the signal\n");
+  EXPECT_FALSE(fs::exists(dir / "error.txt"));
+  fs::remove_all(dir);
+}
+
+TEST(Logger, NamesRankFilesAndPrefixesDebugLines) {
+  const fs::path dir = freshDirectory("gridmoor-logger");
+  Logger logger;
+  logger.setLogFile((dir / "run.log").string(), 3);
+  EXPECT_EQ(logger.logFileName(), (dir / "run_p3.log").string());
+  logger.setLogFile((dir / "plain").string());
+  EXPECT_EQ(logger.logFileName(), (dir / "plain").string());
+  logger.setSilent(true);
+  logger.setWriteToFile(true);
+  logger.debug("value %d\n", 7);
+  logger.progress(50, 1.0, 0.25);
+  logger.setDebugPrefix(false);
+  logger.debug("bare\n");
+  EXPECT_EQ(readAll(dir / "plain"),
+            "[DEBUG] value 7\n###PROGRESS### 50 1.000000e+00 2.500000e-01\nbare\n");
+  fs::remove_all(dir);
+}
+
+TEST(RunPaths, OutputDirectoryAndInputFilesFollowTheParameterFile) {
+  EXPECT_EQ(RunSequence::directoryOf("some/dir/run.xml"), "some/dir/");
+  EXPECT_EQ(RunSequence::directoryOf("C:\\jobs\\run.xml"), "C:\\jobs\\");
+  EXPECT_EQ(RunSequence::directoryOf("run.xml"), "");
+  EXPECT_EQ(RunSequence::resolveInputPath("some/dir/", "geometry.ldt"), "some/dir/geometry.ldt");
+  EXPECT_EQ(RunSequence::resolveInputPath("some/dir/", "/data/geometry.ldt"), "/data/geometry.ldt");
+  EXPECT_EQ(RunSequence::resolveInputPath("some/dir/", "D:\\geometry.ldt"), "D:\\geometry.ldt");
+  EXPECT_EQ(RunSequence::resolveInputPath("some/dir/", ""), "");
+}
