@@ -35,6 +35,9 @@ enum XmlError {
   eXMLErrorBase64DecodeBufferTooSmall = 20
 };
 
+// Outcome of a parse. line and column are 1-based; both stay 0 when there is nothing to point
+// at (success, a file that cannot be read). Codes 1 and 2 are warnings: with code 1 (end tags
+// missing at the end of the text) the tree read so far is still returned.
 struct XmlResults {
   int error = eXMLErrorNone;
   int line = 0;
@@ -88,6 +91,7 @@ class XmlNode {
   XmlAttribute attribute(int i) const;
   // Value of the named attribute, or the empty text; found tells whether it exists.
   std::string attributeValue(const std::string& name, bool* found = nullptr) const;
+  // An attribute of the same name is given the new value, so that written trees stay well formed.
   void addAttribute(const std::string& name, const std::string& value);
 
   // Walk the names of path split at separator; with createMissing, absent nodes are added.
@@ -109,7 +113,9 @@ class XmlNode {
 
  private:
   struct Data;
+  class Parser;
   explicit XmlNode(std::shared_ptr<Data> data) : data_(std::move(data)) {}
+  static void writeElement(const Data& root, bool format, std::string& out);
   std::shared_ptr<Data> data_;
 };
 
