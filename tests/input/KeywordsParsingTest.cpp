@@ -5,83 +5,52 @@
 namespace gridmoor {
 namespace {
 
-bool asBool(const std::string& text) {
-  bool value = false;
-  parseValue(text, value);
-  return value;
-}
-
-TEST(KeywordsParsing, BoolAcceptsTrueTrueCapitalisedAndAnythingAtoiReadsAsOne) {
-  EXPECT_TRUE(asBool("true"));
-  EXPECT_TRUE(asBool("True"));
-  EXPECT_TRUE(asBool("1"));
-  EXPECT_TRUE(asBool("1.9"));  // atoi stops at the dot
-  EXPECT_TRUE(asBool(" 1"));
-  EXPECT_FALSE(asBool("TRUE"));
-  EXPECT_FALSE(asBool("yes"));
-  EXPECT_FALSE(asBool("2"));
-  EXPECT_FALSE(asBool("0"));
-  EXPECT_FALSE(asBool(""));
-  // A parsed false must overwrite an earlier true.
-  bool value = true;
-  parseValue("false", value);
-  EXPECT_FALSE(value);
-}
-
-TEST(KeywordsParsing, NumbersReadLikeAtoiAndAtof) {
+TEST(KeywordsParsing, ScalarsFollowAtoiAndAtof) {
+  for (const char* text : {"true", "True", "1", "1.9", " 1"}) {
+    bool value = false;
+    parseValue(text, value);
+    EXPECT_TRUE(value) << text;
+  }
+  for (const char* text : {"TRUE", "yes", "2", "0", "", "false"}) {
+    bool value = true;
+    parseValue(text, value);
+    EXPECT_FALSE(value) << text;
+  }
   int count = -1;
   parseValue("12abc", count);
   EXPECT_EQ(count, 12);
-  parseValue("abc", count);
-  EXPECT_EQ(count, 0);
   double number = -1;
   parseValue("1e-3", number);
   EXPECT_DOUBLE_EQ(number, 1e-3);
-  parseValue("", number);
+  parseValue("abc", number);
   EXPECT_EQ(number, 0.0);
 }
 
-TEST(KeywordsParsing, ListsSplitAtBlankCommaSemicolonAndLineEndDroppingEmptyTokens) {
+TEST(KeywordsParsing, ListsAndTablesDropEmptyTokens) {
   DoubleList numbers{9.0};
   parseValue("0.1, 0.2;;0.3\n-4,", numbers);
   EXPECT_EQ(numbers, (DoubleList{0.1, 0.2, 0.3, -4.0}));
-  parseValue("", numbers);
-  EXPECT_TRUE(numbers.empty());
-
-  IntList voxel;
-  parseValue("3,4 5", voxel);
-  EXPECT_EQ(voxel, (IntList{3, 4, 5}));
-
   WordList words;
   parseValue("XX YY,ZZ;\nXY", words);
   EXPECT_EQ(words, (WordList{"XX", "YY", "ZZ", "XY"}));
-}
-
-TEST(KeywordsParsing, TablesSplitRowsAtSemicolonAndValuesAtComma) {
   Table table;
-  parseValue("0.0,0.0;1.0,0.5", table);
-  EXPECT_EQ(table, (Table{{0.0, 0.0}, {1.0, 0.5}}));
-  // Rows over several lines, blank values and a trailing separator.
-  parseValue("0, 1, 2;\n 1, 3, 4 ;\n", table);
+  parseValue("0, 1, 2;\n 1, 3, 4 ;\n", table);  // rows over lines, trailing separator
   EXPECT_EQ(table, (Table{{0, 1, 2}, {1, 3, 4}}));
-  parseValue("", table);
-  EXPECT_TRUE(table.empty());
   EXPECT_EQ(formatValue(Table{{0, 1}, {2.5, 3}}), "0,1;2.5,3");
+  EXPECT_EQ(formatValue(WordList{"XX", "YY"}), "XX,YY");
 }
 
-TEST(KeywordsParsing, EnumerationWordsMapToTheirValuesAndUnknownWordsKeepThePrevious) {
-  GreenOperatorType green = GreenOperatorType::Basic;
-  const std::pair<const char*, int> greenWords[] = {
-      {"Basic", 0},         {"ForwardDifference", 1}, {"CentralDifference", 2},
-      {"BackwardDifference", 3}, {"StaggeredGrid", 4},  {"TrilinearFE", 5},
-      {"Q1FE", 6},          {"Hex8RHourGlassControl", 7}, {"Helmholtz", 8},
-      {"Bilaplacian", 9}};
-  for (const auto& [word, number] : greenWords) {
-    parseValue(word, green);
-    EXPECT_EQ(static_cast<int>(green), number) << word;
-    EXPECT_EQ(formatValue(green), word);
+TEST(KeywordsParsing, EnumerationWordsAndUnknownWordsKeepingThePreviousValue) {
+  const char* const greenWords[] = {"Basic", "ForwardDifference", "CentralDifference",
+                                    "BackwardDifference", "StaggeredGrid", "TrilinearFE", "Q1FE",
+                                    "Hex8RHourGlassControl", "Helmholtz", "Bilaplacian"};
+  GreenOperatorType green = GreenOperatorType::Helmholtz;
+  for (int number = 0; number < 10; ++number) {
+    parseValue(greenWords[number], green);
+    EXPECT_EQ(static_cast<int>(green), number) << greenWords[number];
+    EXPECT_EQ(formatValue(green), greenWords[number]);
   }
-  parseValue("staggeredgrid", green);  // words are compared exactly
+  parseValue("bilaplacian", green);  // compared exactly
   EXPECT_EQ(green, GreenOperatorType::Bilaplacian);
 
   FilterType filter = FilterType::Periodize;
@@ -90,21 +59,30 @@ TEST(KeywordsParsing, EnumerationWordsMapToTheirValuesAndUnknownWordsKeepThePrev
   parseValue("NonConsistent", filter);
   EXPECT_EQ(static_cast<int>(filter), 2);
   EXPECT_EQ(formatValue(static_cast<FilterType>(7)), "unset");
-
-  ExtrapolationType extrapolation = ExtrapolationType::None;
-  parseValue("AffinLinear", extrapolation);
-  EXPECT_EQ(static_cast<int>(extrapolation), 2);
-  parseValue("MemoryEfficient", extrapolation);
-  EXPECT_EQ(static_cast<int>(extrapolation), 3);
-
   TimeStepType steps = TimeStepType::UserDefined;
-  parseValue("None", steps);
-  EXPECT_EQ(static_cast<int>(steps), 2);
   parseValue("Logarithmic", steps);
   EXPECT_EQ(static_cast<int>(steps), 3);
-  parseValue("Constant", steps);
-  EXPECT_EQ(static_cast<int>(steps), 1);
-  EXPECT_EQ(formatValue(steps), "Constant");
+}
+
+TEST(KeywordsParsing, TextComesFromTheNodeOrItsLastValueChild) {
+  XmlNode root = XmlNode::createRoot("Settings");
+  XmlNode plain = root.getChildByPath("input/Plain", true);
+  plain.addText("plain");
+  plain.addText("second");
+  XmlNode listed = root.getChildByPath("input/Listed", true);
+  listed.addChild("value").addText("first");
+  listed.addChild("comment").addText("ignored");
+  listed.addChild("values").addText("last");
+  listed.addChild("value");  // no text: does not clear the result
+  root.getChildByPath("input/Foreign", true).addChild("entry").addText("7");
+  root.getChildByPath("input/Bare", true);
+
+  EXPECT_EQ(readParameterText(root, "input/Plain", "default"), "plain");
+  EXPECT_EQ(readParameterText(root, "input/Listed", "default"), "last");
+  // Other children make the node read as empty, not as its default.
+  EXPECT_EQ(readParameterText(root, "input/Foreign", "default"), "");
+  EXPECT_EQ(readParameterText(root, "input/Bare", "default"), "");
+  EXPECT_EQ(readParameterText(root, "input/Absent", "default"), "default");
 }
 
 }  // namespace
