@@ -1,0 +1,242 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <sstream>
+
+#include "input/KeyWordsLattora.h"
+
+namespace gridmoor {
+namespace {
+
+using ::testing::UnorderedElementsAreArray;
+
+// Every setting without a default, written out independently of the declarations.
+const std::vector<std::string> kRequiredPathKeys = {
+    "input/Mesh/ResolutionX", "input/Mesh/ResolutionY", "input/Mesh/ResolutionZ",
+    "input/Mesh/InputLdtFile", "input/Mesh/BoxelUnits", "input/MaterialData/EModulUnit",
+    "input/Solution/Noisy", "input/Solution/IterativeMethod", "input/Solution/GreenOperator",
+    "input/Solution/maxIter", "input/Solution/maxRunTime", "input/Solution/ConvergenceCriterion",
+    "input/Solution/EstimateMemory", "Postprocessing/WriteEffectiveMatrix",
+    "Postprocessing/EffectiveMatrixFilename", "Postprocessing/SaveRestartFile",
+    "Postprocessing/StressComponents", "Postprocessing/StrainComponents",
+    "Postprocessing/DisplacementComponents", "Postprocessing/EquivalencePrinciple",
+    "Postprocessing/ComputeLoadCaseList"};
+const std::vector<std::string> kRequiredFlatKeys = {
+    "input/BoxelLengthX", "input/BoxelLengthY", "input/BoxelLengthZ",
+    "input/GeometryDescriptionFile", "input/BoxelUnits", "input/MaterParamValues/EModulUnit",
+    "output/Verbose", "input/IterativeMethod", "input/Scheme", "input/MaxIterationNumber",
+    "input/MaxRunTime", "input/StoppingTolerance", "input/EstimateMemory",
+    "output/WriteEffectiveMatrix", "output/EffectiveMatrixFileName", "output/SaveRestartFile",
+    "output/StressComponents", "output/StrainComponents", "output/DisplacementComponents",
+    "output/EquivalencePrinciple", "output/ComputeLoadCaseList", "input/LicenseFileName",
+    "output/WriteSolutionVtk", "output/WriteDasFile", "input/MethodList"};
+
+// The text goes first, where it is read, so a later call overrides an earlier one.
+void setKey(XmlNode& root, const std::string& path, const std::string& text) {
+  root.getChildByPath(path, true).addText(text, 0);
+}
+
+XmlNode treeWith(const std::vector<std::string>& keys) {
+  XmlNode root = XmlNode::createRoot("Settings");
+  for (const std::string& key : keys) setKey(root, key, "1");
+  return root;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+std::vector<std::string> problemLines(const std::vector<std::string>& keys) {
+  std::vector<std::string> lines;
+  for (const std::string& key : keys) lines.push_back("Problem reading the parameter " + key);
+  return lines;
+}
+
+TEST(KeywordsReading, EmptyTreeReportsEveryRequiredKeyOnceAndKeepsDefaults) {
+  ::testing::internal::CaptureStderr();
+  KeywordsElasticity kw(XmlNode::createRoot("Settings"));
+  EXPECT_THAT(linesOf(::testing::internal::GetCapturedStderr()),
+              UnorderedElementsAreArray(problemLines(kRequiredPathKeys)));
+  EXPECT_EQ(kw.maxIter(), 0);
+  EXPECT_TRUE(kw.changeResolution());
+  EXPECT_DOUBLE_EQ(kw.beta(), -2.0);
+  EXPECT_EQ(kw.extrapolation(), ExtrapolationType::MemoryEfficient);
+  EXPECT_EQ(kw.coordinateSystem(), (DoubleList{1, 0, 0, 0, 1, 0, 0, 0, 1}));
+  EXPECT_EQ(kw.macroscopicTemperatureChangeValues(), (Table{{0.0, 0.0}, {1.0, 0.0}}));
+
+  ::testing::internal::CaptureStderr();
+  KeyWordsLattora flat(XmlNode::createRoot("gridmoor"));
+  EXPECT_THAT(linesOf(::testing::internal::GetCapturedStderr()),
+              UnorderedElementsAreArray(problemLines(kRequiredFlatKeys)));
+}
+
+TEST(KeywordsReading, DiscretizedGreenOperatorAndUnknownWords) {
+  XmlNode root = treeWith(kRequiredPathKeys);
+  setKey(root, "input/Solution/GreenOperator", "Discretized");
+  setKey(root, "input/Solution/Filter", "Smooth");
+  ::testing::internal::CaptureStderr();
+  KeywordsElasticity byDefault(root);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");  // unknown words are silent
+  EXPECT_EQ(byDefault.greenOperator(), GreenOperatorType::StaggeredGrid);
+  EXPECT_EQ(byDefault.filter(), FilterType::None);
+
+  setKey(root, "input/Solution/FiniteDifference", "Q1FE");
+  EXPECT_EQ(KeywordsElasticity(root).greenOperator(), GreenOperatorType::Q1FE);
+  setKey(root, "input/Solution/FiniteDifference", "Discretized");
+  KeywordsElasticity twice(root);
+  EXPECT_EQ(twice.greenOperator(), GreenOperatorType::Basic);  // keeps its starting value
+  EXPECT_EQ(twice.finiteDifference(), GreenOperatorType::StaggeredGrid);
+}
+
+TEST(KeywordsSchema, VersionSelectsPathOrLoadSchema) {
+  for (const char* version : {"", "2014", "2015"}) {
+    XmlNode root = treeWith(kRequiredPathKeys);
+    if (*version) setKey(root, "Properties/Version", version);
+    setKey(root, "input/Solution/TimeSteps", "0,1,2");
+    setKey(root, "input/Load/TimeSteps", "0,5");
+    setKey(root, "input/Load/ExternalForce", "1");
+    setKey(root, "input/Solution/SaveRestartFile", "restart.gmr");
+    ::testing::internal::CaptureStderr();
+    KeywordsElasticity kw(root);
+    const bool load = std::string(version) == "2015";
+    // The required load keys of the tree stand at their path places only.
+    const std::vector<std::string> missing =
+        problemLines({"input/Load/WriteEffectiveMatrix", "input/Load/ComputeLoadCaseList",
+                      "input/Load/EquivalencePrinciple"});
+    EXPECT_THAT(linesOf(::testing::internal::GetCapturedStderr()),
+                UnorderedElementsAreArray(load ? missing : std::vector<std::string>{}));
+    EXPECT_EQ(kw.timeSteps(), (load ? DoubleList{0, 5} : DoubleList{0, 1, 2})) << version;
+    EXPECT_EQ(kw.externalForce(), load) << version;
+    EXPECT_EQ(kw.saveRestartFile(), load ? "restart.gmr" : "1") << version;
+    EXPECT_EQ(kw.macroscopicEigenstrainValues.key,
+              load ? "input/Load/MacroscopicEigenstrainValues"
+                   : "input/Solution/MacroscopicEigenstrainValues");
+    EXPECT_EQ(kw.maxIter.key, "input/Solution/maxIter");
+    EXPECT_EQ(kw.stressComponents.key, "Postprocessing/StressComponents");
+  }
+}
+
+TEST(KeywordsSchema, FlatSharedKeysFillEveryMemberByItsOwnType) {
+  XmlNode root = treeWith(kRequiredFlatKeys);
+  setKey(root, "input/MacroscopicLoad", "0.1,0,0,0,0,0");
+  setKey(root, "input/ProblemFormulation", "Stress");
+  setKey(root, "input/MacroscopicTemperatureChange", "25");
+  setKey(root, "input/Solution/MacroscopicPolarization", "0,0,0,0,0,2");
+  setKey(root, "input/Solution/nThreads", "7");  // path spelling of a renamed key
+  KeyWordsLattora kw(root);
+  const DoubleList load{0.1, 0, 0, 0, 0, 0};
+  EXPECT_EQ(kw.macroscopicStrain(), load);
+  EXPECT_EQ(kw.macroscopicStress(), load);
+  EXPECT_EQ(kw.macroscopicStrainValues(), Table{load});
+  EXPECT_EQ(kw.macroscopicPolarization(), (DoubleList{0, 0, 0, 0, 0, 2}));
+  EXPECT_EQ(kw.typeOfMacroscopicLoadStrainStress(), "Stress");
+  EXPECT_EQ(kw.typeOfMacroscopicLoadDeformationGradient(), "Stress");
+  EXPECT_EQ(kw.macroscopicTemperatureChangeValues(), (Table{{25.0}}));
+  EXPECT_EQ(kw.nThreads(), 0);
+
+  KeyWordsLattora keysOnly;  // nothing read; a later read uses the flat keys
+  EXPECT_EQ(keysOnly.linearizeWithNR.key, "input/Solution/linearizeWithNR");
+  setKey(root, "input/NumberOfThreads", "3");
+  keysOnly.readParameters(root);
+  EXPECT_EQ(keysOnly.nThreads(), 3);
+}
+
+TEST(KeywordsLattora, MethodListFlagsAndOutputSwitches) {
+  struct Case {
+    const char* methods;
+    bool solver, voigt, reuss;
+  };
+  for (const Case& c : {Case{"Voigt,Reuss", false, true, true}, Case{"CEL", true, false, false},
+                        Case{"CEL;Reuss", true, false, true}, Case{"CELL Voigts", false, false, false}}) {
+    XmlNode root = treeWith(kRequiredFlatKeys);
+    setKey(root, "input/MethodList", c.methods);
+    setKey(root, "Postprocessing/VoigtReussBounds", "1");
+    KeyWordsLattora kw(root);
+    EXPECT_EQ(kw.useSolver(), c.solver) << c.methods;
+    EXPECT_EQ(kw.useVoigt(), c.voigt) << c.methods;
+    EXPECT_EQ(kw.useReuss(), c.reuss) << c.methods;
+    EXPECT_EQ(kw.computeVoigtReussBounds(), c.voigt || c.reuss) << c.methods;
+  }
+  XmlNode root = treeWith(kRequiredFlatKeys);
+  setKey(root, "input/MethodList", "Voigt");
+  setKey(root, "output/WriteDasFile", "0");
+  setKey(root, "output/SolutionOutputFile", "result.das");
+  KeyWordsLattora kw(root);
+  EXPECT_FALSE(kw.computeVoigtReussBounds());  // the bounds switch is off
+  EXPECT_TRUE(kw.writeVtkOutput());
+  EXPECT_FALSE(static_cast<const KeywordsElasticity&>(kw).writeDasOutput());
+}
+
+TEST(KeywordsFormulation, WordFollowsDeformationUnknownAndLoadType) {
+  const std::array<const char*, 4> cases[] = {
+      {"Large", "Stress", "Eigenstrain", "DeformationGradient"},
+      {"Small", "Strain", "Eigenstrain", "Strain"},
+      {"Small", "Stress", "Polarization", "Stress"},
+      {"Small", "PolarizationEigenstrain", "Polarization", "Polarization"},
+      {"Small", "PolarizationEigenstrain", "Strain", "Polarization"},
+      {"Small", "PolarizationEigenstrain", "Eigenstrain", "Eigenstrain"},
+      {"Small", "PolarizationEigenstrain", "Stress", "Eigenstrain"}};
+  for (const auto& [deformation, unknown, loadType, word] : cases) {
+    KeywordsElasticity kw;
+    kw.typeOfDeformation.set(deformation);
+    kw.primaryUnknown.set(unknown);
+    kw.typeOfMacroscopicLoadPolarizationEigenstrain.set(loadType);
+    EXPECT_EQ(kw.problemFormulation(), word) << unknown << ' ' << loadType;
+  }
+}
+
+TEST(KeywordsFormulationDeathTest, UndeterminedFormulationEndsTheRun) {
+  KeywordsElasticity kw;
+  kw.primaryUnknown.set("PolarizationEigenstrain");
+  kw.typeOfMacroscopicLoadPolarizationEigenstrain.set("Mixed");
+  EXPECT_EXIT(kw.problemFormulation(), ::testing::ExitedWithCode(1),
+              "^Problem formulation can not be determined!\n$");
+}
+
+TEST(KeywordsPrint, BlocksInOrderWithKeyValueLines) {
+  XmlNode root = treeWith(kRequiredFlatKeys);
+  setKey(root, "input/NumberOfThreads", "4");
+  setKey(root, "input/Scheme", "Discretized");
+  setKey(root, "output/StressComponents", "XX;YY ZZ");
+  setKey(root, "input/MacroscopicLoad", "0,0;1,0.5");
+  KeyWordsLattora kw(root);
+  std::ostringstream out;
+  kw.printParameters(out);
+  const std::vector<std::string> lines = linesOf(out.str());
+  auto at = [&](const std::string& line) {
+    const auto it = std::find(lines.begin(), lines.end(), line);
+    EXPECT_NE(it, lines.end()) << line;
+    return it - lines.begin();
+  };
+  const std::string pad(17, ' ');
+  std::vector<long> frame;
+  for (const char* name : {"Mesh", "mesh", "Solution", "solution", "Postprocessing",
+                           "postprocessing", "Elastictiy", "Elastictiy", "Lattora", "Lattora"}) {
+    const std::string line = pad + (frame.size() % 2 ? "End " : "") + name + " parameters ";
+    frame.push_back(at(line));
+    if (frame.size() % 2) {
+      EXPECT_EQ(lines[frame.back() - 1], "") << line;
+    }
+  }
+  EXPECT_TRUE(std::is_sorted(frame.begin(), frame.end()));
+  EXPECT_EQ(frame.back(), static_cast<long>(lines.size()) - 1);
+  auto inBlock = [&](const std::string& line, int block) {
+    const long i = at(line);
+    EXPECT_TRUE(frame[2 * block] < i && i < frame[2 * block + 1]) << line;
+  };
+  inBlock("input/GeometryDescriptionFile 1", 0);
+  inBlock("input/NumberOfThreads 4", 1);
+  inBlock("input/Scheme StaggeredGrid", 1);
+  inBlock("input/Solution/linearizeWithNR 0", 1);
+  inBlock("output/StressComponents XX,YY,ZZ", 3);
+  inBlock("input/MacroscopicLoad 0,0;1,0.5", 3);
+  inBlock("input/MethodList 1", 4);
+}
+
+}  // namespace
+}  // namespace gridmoor
