@@ -1,0 +1,328 @@
+#include "voxel/ColorImage.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <unistd.h>
+#include <unordered_set>
+
+namespace fs = std::filesystem;
+using namespace gridmoor;
+using ::testing::internal::CaptureStdout;
+using ::testing::internal::GetCapturedStdout;
+
+namespace {
+
+class ColorImageFiles : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "colorimageXXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    dir_ = pattern;
+  }
+  void TearDown() override { fs::remove_all(dir_); }
+  std::string path(const std::string& name) const { return (dir_ / name).string(); }
+  std::string writeBytes(const std::string& name, const std::string& bytes) const {
+    std::ofstream(path(name), std::ios::binary) << bytes;
+    return path(name);
+  }
+  static std::string readBytes(const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  fs::path dir_;
+};
+
+std::string le32(std::uint32_t v) {
+  std::string s(4, '\0');
+  for (int i = 0; i < 4; ++i) s[i] = static_cast<char>(v >> (8 * i));
+  return s;
+}
+
+std::string ldtHeader(std::uint32_t nx, std::uint32_t ny, std::uint32_t nz) {
+  return "ldt1" + le32(20) + le32(nx) + le32(ny) + le32(nz);
+}
+
+std::string pairs(std::initializer_list<std::pair<int, int>> runs) {
+  std::string s;
+  for (auto [count, colour] : runs) {
+    s += static_cast<char>(count);
+    s += static_cast<char>(colour);
+  }
+  return s;
+}
+
+ColorImage randomImage(std::uint64_t nx, std::uint64_t ny, std::uint64_t nz, int colours,
+                       unsigned seed) {
+  ColorImage image(nx, ny, nz, 0, "random");
+  std::mt19937 gen(seed);
+  // Short runs of random length, so that runs of every length up to a few voxels occur.
+  Colour c = 0;
+  for (std::size_t i = 0; i < image.size(); ++i) {
+    if (gen() % 3 == 0) c = static_cast<Colour>(gen() % colours);
+    image[i] = c;
+  }
+  return image;
+}
+
+std::string runOutput(const std::function<void()>& f) {
+  CaptureStdout();
+  f();
+  return GetCapturedStdout();
+}
+
+}  // namespace
+
+TEST_F(ColorImageFiles, LdtRoundTripKeepsEveryVoxel) {
+  struct Case {
+    std::uint64_t nx, ny, nz;
+    int colours;
+  };
+  for (const Case& c : {Case{5, 7, 3, 4}, Case{1, 1, 1, 1}, Case{3, 2, 600, 2}, Case{9, 11, 13, 200},
+                        Case{4, 3, 1, 3}}) {
+    ColorImage image = randomImage(c.nx, c.ny, c.nz, c.colours, static_cast<unsigned>(c.nz));
+    image.resolutionX = image.resolutionY = image.resolutionZ = 0.25;
+    const std::string file = path("round.ldt");
+    runOutput([&] { image.writeLdt(file); });
+
+    ColorImage back("back");
+    runOutput([&] { back.readLdt(file, 0, "None"); });
+    ASSERT_EQ(back.getGlobalSizeX(), c.nx);
+    ASSERT_EQ(back.sizeY, c.ny);
+    ASSERT_EQ(back.sizeZ, c.nz);
+    EXPECT_EQ(back.getSizeX(), c.nx);
+    EXPECT_EQ(back.resolutionZ, 0.25);
+    ASSERT_EQ(back.size(), image.size());
+    for (std::size_t i = 0; i < image.size(); ++i) ASSERT_EQ(back[i], image[i]) << "voxel " << i;
+  }
+}
+
+TEST_F(ColorImageFiles, LdtWriterSplitsLongRunsAndPatchesTheOffset) {
+  ColorImage image(1, 2, 300, 7, "long");
+  for (std::uint64_t z = 0; z < 300; ++z) image.at(0, 1, z) = z < 10 ? 3 : 4;
+  image.description = "ConstituentMaterials:a,b";
+  image.resolutionX = 0.5;
+  const std::string file = path("long.ldt");
+  const std::string out = runOutput([&] { image.writeLdt(file); });
+  EXPECT_EQ(out, "###EXPORT### " + file + "\nOffset 30\nExport o.k.\n");
+
+  const std::string bytes = readBytes(file);
+  const std::string runs = pairs({{255, 7}, {45, 7}, {10, 3}, {255, 4}, {35, 4}});
+  const std::string trailer = "\nNX 1\nNY 2\nNZ 300\nConstituentMaterials:a,b\nVoxelLength 5.000000e-01\n";
+  EXPECT_EQ(bytes, "ldt1" + le32(30) + le32(1) + le32(2) + le32(300) + runs + trailer);
+}
+
+TEST_F(ColorImageFiles, LdtSizeOneInZWritesOnePairPerLine) {
+  ColorImage image(2, 3, 1, 0, "flat");
+  for (std::size_t i = 0; i < image.size(); ++i) image[i] = static_cast<Colour>(i);
+  const std::string file = path("flat.ldt");
+  runOutput([&] { image.writeLdt(file); });
+  const std::string bytes = readBytes(file);
+  EXPECT_EQ(bytes.substr(4, 4), le32(20 + 12));
+  EXPECT_EQ(bytes.substr(20, 12), pairs({{1, 0}, {1, 1}, {1, 2}, {1, 3}, {1, 4}, {1, 5}}));
+}
+
+TEST_F(ColorImageFiles, LdtReaderAcceptsZeroCountsAndRunsAcrossLinesButNotPlanes) {
+  // Plane 0 (2 x 3 voxels): a zero pair, then one run of 4 over a line end, then a run of 9
+  // that overflows the plane and is cut. Plane 1 starts with its own pair.
+  const std::string file = writeBytes(
+      "runs.ldt", ldtHeader(2, 2, 3) + pairs({{0, 9}, {4, 1}, {9, 2}, {6, 5}}) +
+                      "\nNX 2 ConstituentMaterials:x,y ConstituentMaterialsZ tail VoxelLength 2.5e-3 ignored");
+  ColorImage image("runs");
+  const std::string out = runOutput([&] { image.readLdt(file, 0, "None"); });
+  EXPECT_EQ(out, "Size is: 2 2 3\nSize of Geometry: 2 x 2 x 3\nResolution of Geometry: 0.0025\n\n");
+  const Colour expected[12] = {1, 1, 1, 1, 2, 2, 5, 5, 5, 5, 5, 5};
+  for (int i = 0; i < 12; ++i) EXPECT_EQ(image[i], expected[i]) << i;
+  EXPECT_EQ(image.resolutionY, 2.5e-3);
+  EXPECT_EQ(image.description, "NX 2 ConstituentMaterials:x,y\nConstituentMaterialsZ\ntail ");
+
+  // The first token of an empty description is taken as it stands.
+  const std::string first = writeBytes("first.ldt", ldtHeader(1, 1, 1) + pairs({{1, 0}}) +
+                                                        "ConstituentMaterials:a next");
+  ColorImage other("first");
+  runOutput([&] { other.readLdt(first, 0, "None"); });
+  EXPECT_EQ(other.description, "ConstituentMaterials:anext ");
+}
+
+TEST_F(ColorImageFiles, LdtRereadDescriptionKeepsTrailerTokens) {
+  ColorImage image(1, 1, 2, 3, "twice");
+  image.description = "ConstituentMaterials:m";
+  const std::string first = path("first.ldt");
+  const std::string second = path("second.ldt");
+  runOutput([&] { image.writeLdt(first); });
+  ColorImage back("back");
+  runOutput([&] { back.readLdt(first, 0, "None"); });
+  EXPECT_EQ(back.description, "NX 1 NY 1 NZ 2 ConstituentMaterials:m\n");
+  runOutput([&] { back.writeLdt(second); });
+  const std::string bytes = readBytes(second);
+  EXPECT_NE(bytes.find("\nNX 1\nNY 1\nNZ 2\nNX 1 NY 1 NZ 2 ConstituentMaterials:m\n\nVoxelLength"),
+            std::string::npos);
+}
+
+TEST_F(ColorImageFiles, LdtWithoutTrailerHasUnitResolution) {
+  const std::string file = writeBytes("bare.ldt", ldtHeader(1, 1, 4) + pairs({{4, 6}}));
+  ColorImage image("bare");
+  image.resolutionX = 3.0;
+  const std::string out = runOutput([&] { image.readLdt(file, 0, "None"); });
+  EXPECT_NE(out.find("No resolution found in ldt-File. Setting resolution to 1\n\n"), std::string::npos);
+  EXPECT_EQ(image.resolutionX, 1.0);
+  EXPECT_EQ(image.getColors(), std::vector<Colour>{6});
+}
+
+TEST_F(ColorImageFiles, BrokenLdtFilesEndTheRun) {
+  const auto dies = [&](const std::string& name, const std::string& bytes, const std::string& message) {
+    const std::string file = writeBytes(name, bytes);
+    EXPECT_EXIT(
+        {
+          ColorImage image("bad");
+          image.readLdt(file, 0, "None");
+        },
+        ::testing::ExitedWithCode(1), message)
+        << name;
+  };
+  EXPECT_EXIT(ColorImage("x").readLdt(path("absent.ldt"), 0, "None"), ::testing::ExitedWithCode(1),
+              "^COULD NOT OPEN THE FILE!.*absent.ldt\n$");
+  dies("short.ldt", "ldt1" + le32(20) + le32(2), "header is incomplete");
+  dies("empty.ldt", ldtHeader(0, 4, 4), "empty grid: 0 x 4 x 4");
+  // A header that promises 2^32-1 voxels per axis must not make the reader allocate them.
+  dies("huge.ldt", ldtHeader(0xffffffffu, 0xffffffffu, 0xffffffffu) + pairs({{255, 1}}),
+       "is truncated");
+  // Enough bytes for the minimum of 255-voxel runs, but the runs are shorter.
+  dies("cut.ldt", ldtHeader(2, 1, 4) + pairs({{2, 1}, {2, 1}, {1, 1}, {0, 0}}),
+       "truncated: its run data end in plane 1 of 2");
+  dies("length.ldt", ldtHeader(1, 1, 1) + pairs({{1, 1}}) + " VoxelLength -2", "invalid VoxelLength");
+  dies("nolength.ldt", ldtHeader(1, 1, 1) + pairs({{1, 1}}) + " VoxelLength", "invalid VoxelLength");
+}
+
+TEST_F(ColorImageFiles, RekVolumesReadXFastest) {
+  std::string header(2048, '\0');
+  const auto put16 = [&](int at, int v) {
+    header[at] = static_cast<char>(v & 0xff);
+    header[at + 1] = static_cast<char>(v >> 8);
+  };
+  put16(0, 3);  // sizeX
+  put16(2, 2);  // sizeY
+  put16(6, 2);  // sizeZ
+  put16(4, 8);
+  std::string data;
+  for (int z = 0; z < 2; ++z)
+    for (int y = 0; y < 2; ++y)
+      for (int x = 0; x < 3; ++x) data += static_cast<char>(100 * z + 10 * y + x);
+  const std::string file8 = writeBytes("a.rek", header + data);
+  ColorImage image("rek");
+  const std::string out = runOutput([&] { image.readRek(file8, 0, "None"); });
+  EXPECT_EQ(out, "Size of Geometry: 3 x 2 x 2\nSetting resolution to 1\n");
+  for (int z = 0; z < 2; ++z)
+    for (int y = 0; y < 2; ++y)
+      for (int x = 0; x < 3; ++x) EXPECT_EQ(image.at(x, y, z), 100 * z + 10 * y + x);
+
+  put16(4, 16);  // two bytes per voxel, the first one is the colour
+  std::string wide;
+  for (char c : data) wide += std::string{c, '\x7f'};
+  ColorImage image16("rek16");
+  runOutput([&] { image16.readRek(writeBytes("b.rek", header + wide), 0, "None"); });
+  EXPECT_EQ(image16.at(2, 1, 1), 112);
+  EXPECT_EQ(image16.at(1, 0, 1), 101);
+
+  const std::string cut = writeBytes("c.rek", header + wide.substr(0, wide.size() - 1));
+  EXPECT_EXIT(ColorImage("x").readRek(cut, 0, "None"), ::testing::ExitedWithCode(1), "rek file .* is truncated");
+  EXPECT_EXIT(ColorImage("x").readRek(writeBytes("d.rek", "\x03\x00\x02"), 0, "None"),
+              ::testing::ExitedWithCode(1), "header is incomplete");
+  EXPECT_EXIT(ColorImage("x").readRek(path("none.rek"), 0, "None"), ::testing::ExitedWithCode(1),
+              "^COULD NOT OPEN THE FILE!");
+}
+
+TEST_F(ColorImageFiles, VtkCellAndPointData) {
+  const std::string head =
+      "# vtk DataFile Version 3.0\ngeometry\nBINARY\nDATASET STRUCTURED_POINTS\n"
+      "DIMENSIONS 3 2 2\nORIGIN 1 2 3\nSPACING 0.5 0.25 2\n";
+  std::string values;
+  for (int i = 0; i < 12; ++i) values += static_cast<char>(i);
+  const std::string cells = writeBytes(
+      "cells.vtk", head + "CELL_DATA 12\nSCALARS Materials unsigned_char\nLOOKUP_TABLE default\n" + values);
+  ColorImage cellImage("cells");
+  const std::string out = runOutput([&] { cellImage.readVtk(cells, 0, "None"); });
+  EXPECT_EQ(out, "Size of Geometry: 3 x 2 x 2\n");
+  EXPECT_EQ(cellImage.at(2, 1, 1), 11);
+  EXPECT_EQ(cellImage.at(1, 0, 1), 7);
+  EXPECT_EQ(cellImage.originY, 2.0);
+  EXPECT_EQ(cellImage.resolutionX, 0.5);
+  EXPECT_EQ(cellImage.resolutionZ, 2.0);
+
+  // Point data: 3 x 2 x 2 points make 2 x 1 x 1 voxels, and the last point of each axis
+  // overwrites the last voxel.
+  const std::string points = writeBytes(
+      "points.vtk", head + "POINT_DATA 12\nSCALARS Materials unsigned_char\nLOOKUP_TABLE default\n" + values);
+  ColorImage pointImage("points");
+  runOutput([&] { pointImage.readVtk(points, 0, "None"); });
+  ASSERT_EQ(pointImage.size(), 2u);
+  EXPECT_EQ(pointImage.at(0, 0, 0), 9);
+  EXPECT_EQ(pointImage.at(1, 0, 0), 11);
+
+  const std::string cut = writeBytes(
+      "cut.vtk", head + "CELL_DATA 12\nSCALARS Materials unsigned_char\nLOOKUP_TABLE default\n" + values.substr(5));
+  EXPECT_EXIT(ColorImage("x").readVtk(cut, 0, "None"), ::testing::ExitedWithCode(1), "is truncated");
+  const std::string bad = writeBytes("bad.vtk", "# vtk\nx\nBINARY\nDATASET\nDIMENSIONS a b c\n");
+  EXPECT_EXIT(ColorImage("x").readVtk(bad, 0, "None"), ::testing::ExitedWithCode(1), "incomplete header");
+  EXPECT_EXIT(ColorImage("x").readVtk(path("no.vtk"), 0, "None"), ::testing::ExitedWithCode(1),
+              "no.vtk can not be opened \n$");
+}
+
+TEST_F(ColorImageFiles, MetaImageAndRawExportTransposeToXFastest) {
+  ColorImage image(2, 3, 2, 0, "meta");
+  for (int x = 0; x < 2; ++x)
+    for (int y = 0; y < 3; ++y)
+      for (int z = 0; z < 2; ++z) image.at(x, y, z) = static_cast<Colour>(100 * z + 10 * y + x);
+  image.resolutionX = 0.5;
+  image.resolutionY = 0.5;
+  image.resolutionZ = 0.5;
+  image.originZ = 4;
+  const std::string header = path("out.mhd");
+  const std::string out = runOutput([&] { image.writeMetaImage(header); });
+  EXPECT_EQ(out, "EXPORT DAT: " + header + "\nEXPORT DAT: " + path("out.raw") + "\n");
+  EXPECT_EQ(readBytes(header),
+            "NDims = 3\nDimSize = 2 3 2\nOffset = 0 0 4\nElementSize  = 0.5 0.5 0.5\n"
+            "ElementSpacing  = 0.5 0.5 0.5\nElementType = MET_UCHAR\nElementByteOrderMSB = False\n"
+            "ElementDataFile = out.raw\n");
+  const std::string raw = readBytes(path("out.raw"));
+  ASSERT_EQ(raw.size(), 12u);
+  for (int z = 0, i = 0; z < 2; ++z)
+    for (int y = 0; y < 3; ++y)
+      for (int x = 0; x < 2; ++x, ++i) EXPECT_EQ(static_cast<unsigned char>(raw[i]), 100 * z + 10 * y + x);
+}
+
+TEST(ColorImage, CollectColorsFollowsAHashSetFilledInMemoryOrder) {
+  for (int colours : {1, 5, 40, 256}) {
+    ColorImage image = randomImage(6, 5, 9, colours, 7u + colours);
+    image.collectColors();
+    std::unordered_set<Colour> reference(10);
+    for (Colour c : image) reference.insert(c);
+    EXPECT_EQ(image.getColors(), std::vector<Colour>(reference.begin(), reference.end()));
+    EXPECT_EQ(image.getNumberOfColors(), reference.size());
+  }
+}
+
+TEST(ColorImage, ResolutionWarnsOnlyWhenAnisotropic) {
+  ColorImage image(1, 1, 1, 0, "r");
+  image.resolutionX = image.resolutionY = image.resolutionZ = 2.0;
+  EXPECT_EQ(runOutput([&] { EXPECT_EQ(image.getResolution(), 2.0); }), "");
+  image.resolutionZ = 3.0;
+  EXPECT_EQ(runOutput([&] { EXPECT_EQ(image.getResolution(), 2.0); }),
+            "Warning: Resolution is anisotropic. This function returns rx only!\n");
+}
+
+TEST(ColorImage, SetSizeTakesTheWholeAxisInOneProcess) {
+  ColorImage image("slab");
+  image.setSize(10, 4, 3, 4, "Naive");  // ratio 10/4: ceil(4 * 10/4) = 10
+  EXPECT_EQ(image.localXBegin, 0u);
+  EXPECT_EQ(image.localXEnd, 10u);
+  EXPECT_EQ(image.xOffset, 0u);
+  EXPECT_EQ(image.size(), 120u);
+  image.setSize(7, 2, 2, 0, "None");
+  EXPECT_EQ(image.getSizeX(), 7u);
+  EXPECT_EQ(image.size(), 28u);
+}
