@@ -77,6 +77,7 @@ class ColorImage : public Image<Colour> {
   // resolutionX; prints a warning when the voxel lengths differ.
   double getResolution() const;
   bool getImageFlag() const { return imageFlag; }
+  void setImageFlag(bool flag) { imageFlag = flag; }
 
   Colour& at(std::uint64_t x, std::uint64_t y, std::uint64_t z) { return *voxelPointer(x, y, z); }
   Colour at(std::uint64_t x, std::uint64_t y, std::uint64_t z) const {
