@@ -53,6 +53,9 @@ void writeProtocol(const std::string& line) {
 }  // namespace
 
 void redirectStandardStreams(const std::string& stdoutPath, const std::string& stderrPath) {
+  // Text written before the redirection belongs to the console only.
+  std::fflush(stdout);
+  std::fflush(stderr);
   errorFilePath = stderrPath;
   const bool outOpen = stdoutRedirector.open(stdoutPath);
   const bool errOpen = stderrRedirector.open(stderrPath);

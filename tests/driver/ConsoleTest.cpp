@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -23,8 +24,10 @@ std::string readAll(const fs::path& path) {
   return s.str();
 }
 
+// Death tests re-run the test in a new process, so the directory name must not depend on
+// the process.
 fs::path freshDirectory(const std::string& name) {
-  const fs::path dir = fs::temp_directory_path() / (name + "-" + std::to_string(::getpid()));
+  const fs::path dir = fs::temp_directory_path() / name;
   fs::remove_all(dir);
   fs::create_directories(dir);
   return dir;
@@ -33,6 +36,8 @@ fs::path freshDirectory(const std::string& name) {
 // The child process redirects both streams, writes, and leaves through exit(): the exit
 // handler must have drained the pipes into the files and removed an empty error file.
 void runRedirected(const fs::path& dir, bool writeError, size_t bulkBytes) {
+  // The console copy of the bulk text is not wanted in the test log.
+  if (bulkBytes > 0 && !std::freopen("/dev/null", "w", stdout)) std::exit(3);
   redirectStandardStreams((dir / "stdout.txt").string(), (dir / "error.txt").string());
   installExitAndSignalHandlers();
   std::printf("log line\n");
