@@ -1,13 +1,17 @@
 #include "driver/RunSequence.h"
 
 #include <cstdio>
+#include <algorithm>
 #include <filesystem>
+#include <thread>
 
 #include "common/Fatal.h"
 #include "driver/Console.h"
 #include "input/KeyWordsLattora.h"
 #include "input/Parameter.h"
 #include "input/ParameterFile.h"
+#include "voxel/DebugAllocator.h"
+#include "voxel/Geometry.h"
 
 #ifndef GRIDMOOR_REVISION
 #define GRIDMOOR_REVISION "unknown"
@@ -45,7 +49,9 @@ int RunSequence::run() {
   readKeywords();
   takeLicence();
   startProgress();
-  stopAtMissingStep("reading the geometry");
+  readGeometry();
+  setEstimateMode();
+  stopAtMissingStep("building the material table");
 }
 
 void RunSequence::checkArguments() {
@@ -93,6 +99,39 @@ void RunSequence::startProgress() {
   progress(0);
   if (keywords_->noisy()) keywords_->printParameters();
   timers_.input.stop();
+}
+
+int RunSequence::threadCount(int requested) {
+  if (requested > 0) return requested;
+  const unsigned processors = std::thread::hardware_concurrency();
+  return static_cast<int>((std::max(processors, 1u) + 1) / 2);
+}
+
+void RunSequence::readGeometry() {
+  timers_.ldt.start();
+  const KeyWordsLattora& kw = *keywords_;
+  if (kw.geometry() == "dynamic")
+    geometry_ = std::make_unique<DynamicGeometry>();
+  else
+    geometry_ = std::make_unique<StaticGeometry>(kw.writeVolumeInformation(),
+                                                 kw.writeNormalInformation());
+  const std::array<std::uint64_t, 3> target = {
+      static_cast<std::uint64_t>(std::max(kw.resamplingResolutionX(), 0)),
+      static_cast<std::uint64_t>(std::max(kw.resamplingResolutionY(), 0)),
+      static_cast<std::uint64_t>(std::max(kw.resamplingResolutionZ(), 0))};
+  geometry_->readAndResample(threadCount(kw.nThreads()), kw.resamplingMode(), target,
+                             kw.fastEstimateSolution(),
+                             resolveInputPath(outputDirectory_, kw.inputLdtFile()));
+  if (kw.changeResolution())
+    geometry_->setOriginalResolution(kw.resolutionX(), kw.resolutionY(), kw.resolutionZ());
+  gridSize_ = {geometry_->getSizeX(), geometry_->getSizeY(), geometry_->getSizeZ()};
+  timers_.ldt.stop();
+}
+
+// An estimate run counts the bytes of every field instead of allocating it.
+void RunSequence::setEstimateMode() {
+  estimateOnly_ = keywords_->estimateMemory();
+  memoryEstimateMode = estimateOnly_;
 }
 
 void RunSequence::stopAtMissingStep(const std::string& what) {

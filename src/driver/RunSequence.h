@@ -2,6 +2,8 @@
 // materials, fields, time steps, output and report, one short operation per step.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +13,7 @@
 
 namespace gridmoor {
 
+class Geometry;
 class KeyWordsLattora;
 
 class RunSequence {
@@ -25,6 +28,8 @@ class RunSequence {
   // An input file named in the parameter file: relative names are taken relative to the
   // parameter file's directory, so a run works from any current directory.
   static std::string resolveInputPath(const std::string& directory, const std::string& name);
+  // The run's thread count: 0 asks for (processors + 1) / 2.
+  static int threadCount(int requested);
 
  private:
   void checkArguments();
@@ -36,6 +41,8 @@ class RunSequence {
   void readKeywords();
   void takeLicence();
   void startProgress();
+  void readGeometry();
+  void setEstimateMode();
   [[noreturn]] void stopAtMissingStep(const std::string& what);
 
   std::vector<std::string> arguments_;
@@ -43,6 +50,9 @@ class RunSequence {
   std::string outputDirectory_;
   XmlNode tree_;
   std::unique_ptr<KeyWordsLattora> keywords_;
+  std::unique_ptr<Geometry> geometry_;
+  std::array<std::uint64_t, 3> gridSize_{};
+  bool estimateOnly_ = false;
   RunTimers timers_;
 };
 
