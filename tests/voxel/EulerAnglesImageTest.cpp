@@ -157,9 +157,17 @@ TEST(EulerAnglesImage, LoadsRelativeToTheRunDirectoryAndEstimatesWithoutReading)
   memoryEstimateMode = true;
   EulerAnglesImage estimate("EulerAnglesImage");
   estimate.loadOrientationOnGrid("no_such_file.lof", tempDir(), 10, 20, 30, true);
-  memoryEstimateMode = false;
   EXPECT_EQ(estimate.size(), 0u);
   EXPECT_EQ(allocatedBytes - before, 2u * 10 * 20 * 30 * 8);
+  // Built in estimate mode, the image counts the file's grid and its resampling but stores
+  // nothing and writes nowhere.
+  EulerAnglesImage counted("EulerAnglesImage");
+  memoryEstimateMode = false;
+  counted.loadOrientation("gridmoor_lof_relative.lof", tempDir(), 4, false);
+  counted.resampleTo(4, 2, 2);
+  EXPECT_EQ(counted.size(), 0u);
+  EXPECT_EQ(counted.sizeXGlobal, 4u);
+  EXPECT_EQ(allocatedBytes - before, 2u * 10 * 20 * 30 * 8 + (3u * 8 + 3u * 16) * 8);
   allocatedBytes = before;
 }
 
