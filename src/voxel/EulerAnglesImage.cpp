@@ -130,6 +130,7 @@ void EulerAnglesImage::readLof(const std::string& fileName, std::uint64_t sizeX,
   resize(components, end - begin, ny, nz);
   xOffset = begin;
   sizeXGlobal = nx;
+  if (estimateOnly()) return;  // an image built for a memory estimate holds no data
 
   // Voxels stand with x fastest and z slowest, the reverse of memory order; a whole x line
   // is read at a time, and voxels outside the own slab are read and skipped.
@@ -158,10 +159,20 @@ void EulerAnglesImage::resampleTo(std::uint64_t targetSizeX, std::uint64_t targe
   if (targetSizeZ == 0) targetSizeZ = sizeZ;
   if (targetSizeX == sizeXGlobal && targetSizeY == sizeY && targetSizeZ == sizeZ) return;
 
-  const Ratio ratios[3] = {Ratio(sizeXGlobal, targetSizeX), Ratio(sizeY, targetSizeY),
-                           Ratio(sizeZ, targetSizeZ)};
   std::uint64_t begin = 0, end = 0;
   MpiExchange().getDataRange(targetSizeX, begin, end);
+  const std::uint64_t components = getNumberOfComponents();
+  if (estimateOnly()) {  // no data to carry over: the new geometry is only counted
+    resize(components, end - begin, targetSizeY, targetSizeZ);
+    xOffset = begin;
+    sizeXGlobal = targetSizeX;
+    return;
+  }
+
+  if (size() == 0) fatal("EulerAnglesImage " + getName() + ": no orientation to resample");
+
+  const Ratio ratios[3] = {Ratio(sizeXGlobal, targetSizeX), Ratio(sizeY, targetSizeY),
+                           Ratio(sizeZ, targetSizeZ)};
 
   // Angles can't be averaged (the mean of two frames is no frame between them, and angles
   // wrap), so a target voxel takes the angles of the one file voxel with the largest overlap
@@ -189,11 +200,10 @@ void EulerAnglesImage::resampleTo(std::uint64_t targetSizeX, std::uint64_t targe
   const std::vector<std::uint64_t> pickY = pickAlong(0, targetSizeY, ratios[1]);
   const std::vector<std::uint64_t> pickZ = pickAlong(0, targetSizeZ, ratios[2]);
 
-  const std::uint64_t components = getNumberOfComponents();
   Image<double> resampled(components, end - begin, targetSizeY, targetSizeZ,
                           "EulerAnglesResampledFromLof");
   resampled.xOffset = begin;
-  parallelForStatic(end - begin, [&](std::uint64_t first, std::uint64_t last) {
+  const auto fill = [&](std::uint64_t first, std::uint64_t last) {
     for (std::uint64_t lx = first; lx < last; ++lx)
       for (std::uint64_t y = 0; y < targetSizeY; ++y)
         for (std::uint64_t z = 0; z < targetSizeZ; ++z) {
@@ -201,7 +211,8 @@ void EulerAnglesImage::resampleTo(std::uint64_t targetSizeX, std::uint64_t targe
           double* target = resampled.voxelPointer(begin + lx, y, z);
           for (std::uint64_t c = 0; c < components; ++c) target[c] = source[c];
         }
-  });
+  };
+  if (!resampled.estimateOnly()) parallelForStatic(end - begin, fill);
   Image<double>::operator=(std::move(resampled));
   sizeXGlobal = targetSizeX;
 }

@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <fstream>
 #include <map>
-#include <random>
 #include <vector>
 
 #include "voxel/EulerConversion.h"
@@ -15,25 +13,34 @@ namespace {
 
 std::string tempDir() { return testing::TempDir(); }
 
+double label(std::uint64_t x, std::uint64_t y, std::uint64_t z, int c) {
+  return 0.001 * static_cast<double>(c + 10 * x + 100 * y + 1000 * z);
+}
+
 // A .lof file made by hand: "key value" lines, HeaderLength in a 9-character field, the
-// blank line, then the values with x fastest and z slowest.
+// blank line, then three labelled doubles per voxel with x fastest and z slowest.
 struct LofFile {
-  std::map<std::string, std::string> keys{{"Nx", "3"},
-                                         {"Ny", "2"},
-                                         {"Nz", "2"},
-                                         {"EntriesOfImages", "3"},
+  std::map<std::string, std::string> keys{{"EntriesOfImages", "3"},
                                          {"Image1:Types", "double,double,double"},
                                          {"Image1:Format", "Eul_AngXZX"},
                                          {"Image1:ReferenceSystem", "XYZ"},
                                          {"Image1:ObjectSystem", "TP1P2"}};
   std::string data;
-  long cutData = 0;  // bytes dropped from the end
+  std::size_t cutData = 0;  // bytes dropped from the end
 
+  LofFile(std::uint64_t nx, std::uint64_t ny, std::uint64_t nz) {
+    keys["Nx"] = std::to_string(nx);
+    keys["Ny"] = std::to_string(ny);
+    keys["Nz"] = std::to_string(nz);
+    for (std::uint64_t z = 0; z < nz; ++z)
+      for (std::uint64_t y = 0; y < ny; ++y)
+        for (std::uint64_t x = 0; x < nx; ++x)
+          for (int c = 0; c < 3; ++c) add(label(x, y, z, c));
+  }
   template <class S>
   void add(S value) {
     data.append(reinterpret_cast<const char*>(&value), sizeof value);
   }
-
   std::string write(const std::string& name) const {
     std::string header = "LufVersion lof1\nHeaderLength          \n";
     for (const auto& [key, value] : keys) header += key + " " + value + "\n";
@@ -42,63 +49,35 @@ struct LofFile {
     length.resize(9, ' ');
     header.replace(header.find("HeaderLength ") + 13, 9, length);
     const std::string path = tempDir() + "gridmoor_lof_" + name;
-    std::ofstream(path, std::ios::binary)
-        << header << data.substr(0, data.size() - static_cast<std::size_t>(cutData));
+    std::ofstream(path, std::ios::binary) << header << data.substr(0, data.size() - cutData);
     return path;
   }
 };
 
-double label(std::uint64_t x, std::uint64_t y, std::uint64_t z, int c) {
-  return 0.001 * static_cast<double>(c + 10 * x + 100 * y + 1000 * z);
+TEST(EulerAnglesImage, ReadsFileOrderIntoMemoryOrderAndDropsTheThirdWhenReduced) {
+  const std::string file = LofFile(3, 2, 4).write("xzx.lof");
+  for (bool reduced : {false, true}) {
+    EulerAnglesImage angles("EulerAnglesImage");
+    angles.readLof(file, 3, reduced);
+    const std::uint64_t components = reduced ? 2 : 3;
+    ASSERT_EQ(angles.getNumberOfComponents(), components);
+    ASSERT_EQ(angles.size(), components * 3 * 2 * 4);
+    EXPECT_EQ(angles.sizeXGlobal, 3u);
+    for (std::uint64_t x = 0; x < 3; ++x)
+      for (std::uint64_t y = 0; y < 2; ++y)
+        for (std::uint64_t z = 0; z < 4; ++z)
+          for (std::uint64_t c = 0; c < components; ++c)
+            ASSERT_EQ(*angles.elementPointer(c, x, y, z), label(x, y, z, static_cast<int>(c)));
+  }
 }
 
-LofFile labelledXZX(std::uint64_t nx, std::uint64_t ny, std::uint64_t nz) {
-  LofFile lof;
-  lof.keys["Nx"] = std::to_string(nx);
-  lof.keys["Ny"] = std::to_string(ny);
-  lof.keys["Nz"] = std::to_string(nz);
-  for (std::uint64_t z = 0; z < nz; ++z)
-    for (std::uint64_t y = 0; y < ny; ++y)
-      for (std::uint64_t x = 0; x < nx; ++x)
-        for (int c = 0; c < 3; ++c) lof.add(label(x, y, z, c));
-  return lof;
-}
-
-TEST(EulerAnglesImage, ReadsXZXInFileOrderIntoMemoryOrder) {
-  const std::string file = labelledXZX(3, 2, 4).write("xzx.lof");
-  EulerAnglesImage angles("EulerAnglesImage");
-  angles.readLof(file, 3, false);
-  ASSERT_EQ(angles.getNumberOfComponents(), 3u);
-  EXPECT_EQ(angles.sizeXGlobal, 3u);
-  EXPECT_EQ(angles.getSizeY(), 2u);
-  EXPECT_EQ(angles.getSizeZ(), 4u);
-  for (std::uint64_t x = 0; x < 3; ++x)
-    for (std::uint64_t y = 0; y < 2; ++y)
-      for (std::uint64_t z = 0; z < 4; ++z)
-        for (int c = 0; c < 3; ++c) ASSERT_EQ(*angles.elementPointer(c, x, y, z), label(x, y, z, c));
-
-  // Reduced angles: two components, the third value of each voxel is dropped.
-  EulerAnglesImage reduced("reduced");
-  reduced.readLof(file, 0, true);
-  ASSERT_EQ(reduced.getNumberOfComponents(), 2u);
-  ASSERT_EQ(reduced.size(), 2u * 3 * 2 * 4);
-  EXPECT_EQ(*reduced.elementPointer(0, 2, 1, 3), label(2, 1, 3, 0));
-  EXPECT_EQ(*reduced.elementPointer(1, 2, 1, 3), label(2, 1, 3, 1));
-  EXPECT_EQ(*reduced.elementPointer(0, 1, 0, 0), label(1, 0, 0, 0));
-}
-
-TEST(EulerAnglesImage, ConvertsZXZAndReadsAllElementSizes) {
-  std::mt19937 random(3);
-  std::uniform_real_distribution<double> angle(-3.0, 3.0);
-  LofFile zxz;
+TEST(EulerAnglesImage, ConvertsZXZAndReadsFloatAndQuadruple) {
+  LofFile zxz(0, 0, 0);
   zxz.keys["Nx"] = "2";
-  zxz.keys["Ny"] = "1";
-  zxz.keys["Nz"] = "1";
-  zxz.keys["EntriesOfImages"] = "3";
+  zxz.keys["Ny"] = zxz.keys["Nz"] = "1";
   zxz.keys["Image1:Types"] = "float,float,float";
   zxz.keys["Image1:Format"] = "Eul_AngZXZ";
-  std::vector<float> values;
-  for (int i = 0; i < 6; ++i) values.push_back(static_cast<float>(angle(random)));
+  const std::vector<float> values{0.5f, 1.25f, -2.0f, 3.0f, 1e-9f, 0.75f};
   for (float v : values) zxz.add(v);
   EulerAnglesImage angles("angles");
   angles.readLof(zxz.write("zxz.lof"), 2, false);
@@ -107,10 +86,9 @@ TEST(EulerAnglesImage, ConvertsZXZAndReadsAllElementSizes) {
     for (int c = 0; c < 3; ++c) EXPECT_EQ(*angles.elementPointer(c, x, 0, 0), expected[c]);
   }
 
-  // Quadruple precision, and an EntriesOfImages of 4 (only three values per voxel are read).
-  LofFile quad;
-  quad.keys["Nx"] = "1";
-  quad.keys["Ny"] = "1";
+  // Quadruple precision, with EntriesOfImages 4: still three values per voxel are read.
+  LofFile quad(0, 0, 0);
+  quad.keys["Nx"] = quad.keys["Ny"] = "1";
   quad.keys["Nz"] = "2";
   quad.keys["EntriesOfImages"] = "4";
   quad.keys["Image1:Types"] = "quadruple,quadruple,quadruple,quadruple";
@@ -118,23 +96,19 @@ TEST(EulerAnglesImage, ConvertsZXZAndReadsAllElementSizes) {
   EulerAnglesImage q("q");
   q.readLof(quad.write("quad.lof"), 1, false);
   EXPECT_EQ(*q.elementPointer(2, 0, 0, 0), 0.0);
-  EXPECT_EQ(*q.elementPointer(0, 0, 0, 1), 0.25);
   EXPECT_EQ(*q.elementPointer(2, 0, 0, 1), 0.75);
 }
 
 TEST(EulerAnglesImage, ResamplingTakesTheLargestOverlapInTheBox) {
-  const std::string file = labelledXZX(3, 4, 2).write("resample.lof");
   EulerAnglesImage angles("EulerAnglesImage");
-  angles.loadOrientation(file, "", 2, false);
+  angles.loadOrientation(LofFile(3, 4, 2).write("resample.lof"), "", 2, false);
   const double* before = angles.data();
   angles.resampleTo(3, 4, 2);
   EXPECT_EQ(angles.data(), before) << "an equal grid leaves the image as read";
 
-  // x: 3 -> 2 (target 0 covers 0 and half of 1, target 1 half of 1 and 2);
-  // y: 4 -> 2 (ties between two whole voxels go to the first); z: 2 -> 3 (target 1 covers
-  // a third of each, the first wins).
+  // x: 3 -> 2 (target 0 covers 0 and half of 1, target 1 half of 1 and 2); y: 4 -> 2 (a tie
+  // of two whole voxels goes to the first); z: 2 -> 3 (target 1 covers a third of each).
   angles.resampleTo(2, 2, 3);
-  EXPECT_EQ(angles.getName(), "EulerAnglesImage");
   EXPECT_EQ(angles.sizeXGlobal, 2u);
   ASSERT_EQ(angles.size(), 3u * 2 * 2 * 3);
   const std::uint64_t fromX[2] = {0, 2}, fromY[2] = {0, 2}, fromZ[3] = {0, 0, 1};
@@ -142,36 +116,28 @@ TEST(EulerAnglesImage, ResamplingTakesTheLargestOverlapInTheBox) {
     for (std::uint64_t y = 0; y < 2; ++y)
       for (std::uint64_t z = 0; z < 3; ++z)
         for (int c = 0; c < 3; ++c)
-          ASSERT_EQ(*angles.elementPointer(c, x, y, z), label(fromX[x], fromY[y], fromZ[z], c))
-              << x << y << z << c;
+          ASSERT_EQ(*angles.elementPointer(c, x, y, z), label(fromX[x], fromY[y], fromZ[z], c));
 }
 
 TEST(EulerAnglesImage, LoadsRelativeToTheRunDirectoryAndEstimatesWithoutReading) {
-  labelledXZX(2, 2, 2).write("relative.lof");
+  LofFile(2, 2, 2).write("relative.lof");
   EulerAnglesImage angles("EulerAnglesImage");
   angles.loadOrientationOnGrid("gridmoor_lof_relative.lof", tempDir(), 4, 2, 2, false);
-  EXPECT_EQ(angles.sizeXGlobal, 4u);
   EXPECT_EQ(*angles.elementPointer(1, 3, 1, 0), label(1, 1, 0, 1));
 
   const std::uint64_t before = allocatedBytes;
   memoryEstimateMode = true;
   EulerAnglesImage estimate("EulerAnglesImage");
   estimate.loadOrientationOnGrid("no_such_file.lof", tempDir(), 10, 20, 30, true);
-  memoryEstimateMode = false;
-  EXPECT_EQ(estimate.size(), 0u);
   EXPECT_EQ(allocatedBytes - before, 2u * 10 * 20 * 30 * 8);
+  // Built in estimate mode, an image counts the file's grid and its resampling but stores
+  // nothing and writes nowhere.
+  memoryEstimateMode = false;
+  estimate.loadOrientation("gridmoor_lof_relative.lof", tempDir(), 4, false);
+  estimate.resampleTo(4, 2, 2);
+  EXPECT_EQ(estimate.size(), 0u);
+  EXPECT_EQ(allocatedBytes - before, 2u * 10 * 20 * 30 * 8 + (3u * 8 + 3u * 16) * 8);
   allocatedBytes = before;
-}
-
-void expectLofFailure(const LofFile& lof, const std::string& name, const std::string& message) {
-  const std::string file = lof.write(name);
-  EXPECT_EXIT(
-      {
-        EulerAnglesImage angles("angles");
-        angles.readLof(file, 0, false);
-      },
-      testing::ExitedWithCode(1), message)
-      << name;
 }
 
 TEST(EulerAnglesImageDeathTest, BadFilesEndTheRunWithAClearLine) {
@@ -180,43 +146,29 @@ TEST(EulerAnglesImageDeathTest, BadFilesEndTheRunWithAClearLine) {
   EXPECT_EXIT(EulerAnglesImage("a").readLof(missing, 0, false), testing::ExitedWithCode(1),
               "^File " + missing + " can not be opened\n$");
 
-  LofFile noFormat = labelledXZX(3, 2, 2);
-  noFormat.keys.erase("Image1:Format");
-  expectLofFailure(noFormat, "noformat.lof", "^Keyword Image1:Format not found in the header\n$");
-
-  LofFile frame = labelledXZX(3, 2, 2);
-  frame.keys["Image1:ObjectSystem"] = "TP2P1";
-  expectLofFailure(frame, "frame.lof",
-                   "^not implemented combination of reference and object system: XYZ - TP2P1\n$");
-
-  LofFile types = labelledXZX(3, 2, 2);
-  types.keys["Image1:Types"] = "double,float,double";
-  expectLofFailure(types, "types.lof", "^unknown data type in lof file: double,float,double\n$");
-  types.keys["Image1:Types"] = "double,double";  // fewer words than EntriesOfImages
-  expectLofFailure(types, "types2.lof", "^unknown data type in lof file: double,double\n$");
-
-  LofFile format = labelledXZX(3, 2, 2);
-  format.keys["Image1:Format"] = "Eul_AngZYZ";
-  expectLofFailure(format, "format.lof", "^not implemented orientation format: Eul_AngZYZ\n$");
-
-  LofFile shortData = labelledXZX(3, 2, 2);
-  shortData.cutData = 1;
-  expectLofFailure(shortData, "short.lof", "^Orientation file .*short.lof is truncated");
-  shortData.cutData = static_cast<long>(shortData.data.size());
-  expectLofFailure(shortData, "nodata.lof", "^Orientation file .*nodata.lof is truncated");
-
-  // A corrupt size that would need exabytes must not be allocated, nor overflow.
-  LofFile huge = labelledXZX(3, 2, 2);
-  huge.keys["Nx"] = "2000000000";
-  huge.keys["Ny"] = "2000000000";
-  huge.keys["Nz"] = "2000000000";
-  expectLofFailure(huge, "huge.lof", "is truncated");
-
-  LofFile zero = labelledXZX(3, 2, 2);
-  zero.keys["Ny"] = "0";
-  expectLofFailure(zero, "zero.lof", "Ny 0 is not a positive grid size\n$");
-  zero.keys["Ny"] = "two";
-  expectLofFailure(zero, "word.lof", "Ny two is not a positive grid size\n$");
+  const auto fails = [](const std::string& key, const std::string& value, std::size_t cut,
+                        const std::string& message) {
+    LofFile lof(3, 2, 2);
+    if (value.empty()) lof.keys.erase(key);
+    else lof.keys[key] = value;
+    lof.cutData = cut == ~std::size_t{0} ? lof.data.size() : cut;
+    const std::string file = lof.write("bad.lof");
+    EXPECT_EXIT(EulerAnglesImage("a").readLof(file, 0, false), testing::ExitedWithCode(1), message)
+        << key << " " << value;
+  };
+  fails("Image1:Format", "", 0, "^Keyword Image1:Format not found in the header\n$");
+  fails("Image1:ObjectSystem", "TP2P1", 0,
+        "^not implemented combination of reference and object system: XYZ - TP2P1\n$");
+  fails("Image1:Types", "double,float,double", 0,
+        "^unknown data type in lof file: double,float,double\n$");
+  fails("Image1:Types", "double,double", 0, "^unknown data type in lof file: double,double\n$");
+  fails("Image1:Format", "Eul_AngZYZ", 0, "^not implemented orientation format: Eul_AngZYZ\n$");
+  fails("Nx", "3", 1, "^Orientation file .*bad.lof is truncated");
+  fails("Nx", "3", ~std::size_t{0}, "^Orientation file .*bad.lof is truncated");
+  // A corrupt size that would need exabytes is neither allocated nor overflows.
+  fails("Nx", "2000000000000000000", 0, "is truncated");
+  fails("Ny", "0", 0, "Ny 0 is not a positive grid size\n$");
+  fails("Ny", "two", 0, "Ny two is not a positive grid size\n$");
 }
 
 }  // namespace
