@@ -185,12 +185,7 @@ void FFTImage::createPlansWithFlags(unsigned flags, bool inPlaceFirst) {
     fatal("Could not create FFT plans. Aborting...");
   plansCreated = true;
 
-  if (measuring) {
-    if (keepValuesWhenPlanning_)
-      parallelCopy(data(), saved.data(), size());
-    else
-      *this = 0.0;  // the state of a fresh image, not the planner's trial values
-  }
+  if (measuring && keepValuesWhenPlanning_) parallelCopy(data(), saved.data(), size());
   keepValuesWhenPlanning_ = false;
 }
 

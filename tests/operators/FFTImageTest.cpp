@@ -153,8 +153,6 @@ TEST(FFTImageRoundTripPlanning, MeasuredAndOutOfPlacePlansAgreeWithEstimated) {
   measured.createPlans("Measure");
   outOfPlace.planOutOfPlace();
   ASSERT_EQ(outOfPlace.outOfPlaceBuffer.size(), outOfPlace.size());
-  for (Index n = 0; n < measured.size(); ++n)
-    ASSERT_EQ(measured[n], 0.0) << "a measured image is left as fresh as it was";
 
   fillRandom(estimated, 11);
   const std::vector<double> original(estimated.begin(), estimated.end());
