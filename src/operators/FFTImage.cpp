@@ -141,7 +141,6 @@ void FFTImage::createPlans(const std::string& plannerFlag) {
 void FFTImage::createPlansWithFlags(unsigned flags, bool inPlaceFirst) {
   destroyPlans();
   outOfPlaceBuffer.clear();
-  plansGeneration_ = cleanupGeneration;
 
   // A field of zero voxels (or a memory-estimate shell without storage) has nothing to
   // transform: FFTW is not asked, both plans stay null and the transforms do nothing. In a
@@ -184,6 +183,7 @@ void FFTImage::createPlansWithFlags(unsigned flags, bool inPlaceFirst) {
       nThirdPadded != 0)
     fatal("Could not create FFT plans. Aborting...");
   plansCreated = true;
+  linkPlanned();
 
   if (measuring && keepValuesWhenPlanning_) parallelCopy(data(), saved.data(), size());
   keepValuesWhenPlanning_ = false;
@@ -191,18 +191,37 @@ void FFTImage::createPlansWithFlags(unsigned flags, bool inPlaceFirst) {
 
 void FFTImage::destroyPlansAndCleanupThreads() {
   destroyPlans();
+  while (firstPlanned != nullptr) firstPlanned->destroyPlans();
   fftw_cleanup_threads();
-  ++cleanupGeneration;
 }
 
 void FFTImage::destroyPlans() {
-  if (plansCreated && plansGeneration_ == cleanupGeneration) {
-    if (forwardPlan != nullptr) fftw_destroy_plan(forwardPlan);
-    if (backwardPlan != nullptr) fftw_destroy_plan(backwardPlan);
-  }
+  if (forwardPlan != nullptr) fftw_destroy_plan(forwardPlan);
+  if (backwardPlan != nullptr) fftw_destroy_plan(backwardPlan);
   forwardPlan = nullptr;
   backwardPlan = nullptr;
   plansCreated = false;
+  unlinkPlanned();
+}
+
+void FFTImage::linkPlanned() {
+  if (forwardPlan == nullptr && backwardPlan == nullptr) return;
+  previousPlanned_ = nullptr;
+  nextPlanned_ = firstPlanned;
+  if (firstPlanned != nullptr) firstPlanned->previousPlanned_ = this;
+  firstPlanned = this;
+}
+
+void FFTImage::unlinkPlanned() {
+  const bool linked = previousPlanned_ != nullptr || firstPlanned == this;
+  if (!linked) return;
+  if (previousPlanned_ != nullptr)
+    previousPlanned_->nextPlanned_ = nextPlanned_;
+  else
+    firstPlanned = nextPlanned_;
+  if (nextPlanned_ != nullptr) nextPlanned_->previousPlanned_ = previousPlanned_;
+  previousPlanned_ = nullptr;
+  nextPlanned_ = nullptr;
 }
 
 void FFTImage::forwardTransform() {

@@ -87,8 +87,8 @@ class FFTImage : public Image<double> {
   // "Estimate" or "Measure". Measuring overwrites the buffer: an image is planned before
   // it receives values. An image built from existing values keeps them.
   void createPlans(const std::string& plannerFlag);
-  // At the end of a run. FFTW's cleanup invalidates every plan, so plans of other images
-  // made before it are forgotten by their owners rather than destroyed.
+  // At the end of a run. FFTW's cleanup invalidates every plan, so the plans of all images
+  // are destroyed first; an image with no plans is planned again before it transforms.
   void destroyPlansAndCleanupThreads();
 
   // Unnormalised forward transform: the zero frequency holds the sum over all voxels.
@@ -140,14 +140,19 @@ class FFTImage : public Image<double> {
 
  private:
   void destroyPlans();
+  void linkPlanned();
+  void unlinkPlanned();
   void addTransformTime(double seconds);
 
   // Transforms run on the main thread only (FFTW's threads do the parallel work), so the
   // run-wide sum needs no synchronisation.
   inline static double runTransformSeconds = 0.0;
-  // Counts FFTW cleanups. Plans made before the latest cleanup no longer exist for FFTW.
-  inline static std::uint64_t cleanupGeneration = 0;
-  std::uint64_t plansGeneration_ = 0;
+  // Every image holding FFTW plans, linked through the images themselves (no allocation),
+  // so that the cleanup at the end of a run can destroy them while FFTW still knows them.
+  // Planning happens on the main thread only.
+  inline static FFTImage* firstPlanned = nullptr;
+  FFTImage* previousPlanned_ = nullptr;
+  FFTImage* nextPlanned_ = nullptr;
   // Unrounded sum behind transformMilliseconds, so that short transforms still add up.
   double transformSeconds_ = 0.0;
   // Set for an image built from existing values until its first planning.
