@@ -8,7 +8,6 @@
 #include <stdexcept>
 #include <unistd.h>
 
-#include "formats/LufHeader.h"
 #include "voxel/GeometryGenerator.h"
 
 namespace fs = std::filesystem;
@@ -228,29 +227,6 @@ TEST(Geometry, DynamicGeometrySplitsAHybridVoxelEvenly) {
   EXPECT_THROW(g->getVolumeFraction(1, 0, 1, 7), std::out_of_range);
 }
 
-TEST(Geometry, SingleColourAndEmptyListsDominate) {
-  StaticGeometry g;
-  g.RealVoxelImage = ColorImage(1, 1, 1, 3, "one");
-  EXPECT_EQ(g.getDominatingColor(0, 0, 0), 0);  // empty list
-  g.originalColors = {3};
-  g.colorIndex = {{3, 0}};
-  EXPECT_EQ(g.getDominatingColor(0, 0, 0), 3);
-  g.originalColors = {8};  // fraction 0 still beats the start value -1
-  EXPECT_EQ(g.getDominatingColor(0, 0, 0), 8);
-}
-
-TEST(Geometry, OriginalResolutionScalesTheComputedGrid) {
-  StaticGeometry g;
-  g.originalVoxelImage = ColorImage(8, 4, 2, 0, "o");
-  g.RealVoxelImage = ColorImage(4, 4, 1, 0, "r");
-  const std::string out = quietly([&] { g.setOriginalResolution(0.5, 1.0, 2.0); });
-  EXPECT_EQ(out, "Resolution of original geometry will be set to 0.5 1 2\n");
-  EXPECT_EQ(g.originalVoxelImage.resolutionZ, 2.0);
-  EXPECT_EQ(g.getResolutionX(), 1.0);
-  EXPECT_EQ(g.getResolutionY(), 1.0);
-  EXPECT_EQ(g.getResolutionZ(), 4.0);
-}
-
 TEST(Geometry, ShippedFibreExampleIsSmallAndAQuarterFibres) {
   const std::string file = std::string(GRIDMOOR_SOURCE_DIR) + "/examples/fibres/geometry.ldt";
   ASSERT_TRUE(fs::exists(file));
@@ -266,37 +242,4 @@ TEST(Geometry, ShippedFibreExampleIsSmallAndAQuarterFibres) {
       for (std::uint64_t z = 0; z < 64; ++z) fibre += g.getVolumeFraction(x, y, z, 1);
   EXPECT_NEAR(fibre / (64.0 * 64.0 * 64.0), 0.25, 0.02);
   EXPECT_EQ(g.originalColors.size(), 2u);
-}
-
-TEST_F(GeometryFiles, OrientationComesOnTheComputationGrid) {
-  // A 2 x 1 x 1 orientation file in XZX doubles for the 2 x 1 x 1 geometry.
-  const std::string lof = path("angles.lof");
-  {
-    std::ofstream out(lof, std::ios::binary);
-    LufHeaderWriter header(out, lof);
-    header.writeLine("LufVersion", "lof1");
-    header.writeHeaderLength();
-    header.writeLine("Nx", "2");
-    header.writeLine("Ny", "1");
-    header.writeLine("Nz", "1");
-    header.writeLine("EntriesOfImages", "3");
-    header.writeLine("Image1:Types", lufRepeat("double", 3));
-    header.writeLine("Image1:Format", "Eul_AngXZX");
-    header.writeLine("Image1:ReferenceSystem", "XYZ");
-    header.writeLine("Image1:ObjectSystem", "TP1P2");
-    header.finish();
-    const double angles[6] = {0.1, 0.2, 0.3, 0.4, 0.5, 0.6};
-    out.write(reinterpret_cast<const char*>(angles), sizeof angles);
-  }
-  ColorImage image(2, 1, 1, 3, "two");
-  quietly([&] { image.writeLdt(path("two.ldt")); });
-  StaticGeometry g;
-  quietly([&] {
-    g.readAndResample(1, "None", {0, 0, 0}, false, path("two.ldt"));
-    g.loadOrientation("angles.lof", dir_.string() + "/", false);
-  });
-  ASSERT_EQ(g.EulerAnglesImage.getNumberOfComponents(), 3u);
-  EXPECT_EQ(g.EulerAnglesImage.getName(), "EulerAnglesImage");
-  EXPECT_EQ(*g.EulerAnglesImage.elementPointer(2, 1, 0, 0), 0.6);
-  EXPECT_EQ(*g.EulerAnglesImage.elementPointer(0, 0, 0, 0), 0.1);
 }
