@@ -14,6 +14,8 @@
 #include <unordered_set>
 
 #include "common/Fatal.h"
+#include "voxel/MpiExchange.h"
+#include "voxel/Ratio.h"
 
 namespace gridmoor {
 
@@ -104,17 +106,16 @@ void ColorImage::setAllResolutions(double value) {
 
 void ColorImage::setSize(std::uint64_t sx, std::uint64_t sy, std::uint64_t sz,
                          std::uint64_t targetSizeX, const std::string& resamplingMode) {
-  // This build runs as a single process, so the slab on any grid is the whole axis.
+  const MpiExchange mpi;
   if (targetSizeX != 0 && targetSizeX != sx && resamplingMode != "None") {
-    // The target slab [0, targetSizeX) mapped back with the exact ratio sx / targetSizeX:
-    // floor of the begin, ceiling of the end.
-    const std::uint64_t begin = 0;
-    const std::uint64_t end = targetSizeX;
-    localXBegin = begin * sx / targetSizeX;
-    localXEnd = std::min<std::uint64_t>(sx, (end * sx + targetSizeX - 1) / targetSizeX);
+    // This process's slab of the target grid, mapped back with the exact ratio
+    // sx / targetSizeX: floor of the begin, ceiling of the end.
+    std::uint64_t begin, end;
+    mpi.getDataRange(targetSizeX, begin, end);
+    mapRange(begin, end, Ratio(sx, targetSizeX), localXBegin, localXEnd);
+    localXEnd = std::min(localXEnd, sx);
   } else {
-    localXBegin = 0;
-    localXEnd = sx;
+    mpi.getDataRange(sx, localXBegin, localXEnd);
   }
   xOffset = localXBegin;
   resize(1, sx, sy, sz, (localXEnd - localXBegin) * sy * sz);
@@ -354,20 +355,31 @@ void ColorImage::writeLdt(const std::string& fileName) const {
   if (sizeX > limit || sizeY > limit || sizeZ > limit)
     fatal("Can not write " + fileName + ": a grid of " + gridText(sizeX, sizeY, sizeZ) +
           " does not fit the ldt header");
-  // Single process: this is rank 0, which writes the header and all planes, then patches
-  // the trailer offset.
-  File f(std::fopen(fileName.c_str(), "wb"));
-  if (!f) fatal("COULD NOT OPEN THE FILE!" + fileName);
-  unsigned char header[ldtHeaderBytes];
-  std::memcpy(header, "ldt1", 4);
-  putLe32(header + 4, static_cast<std::uint32_t>(ldtHeaderBytes));
-  putLe32(header + 8, static_cast<std::uint32_t>(sizeX));
-  putLe32(header + 12, static_cast<std::uint32_t>(sizeY));
-  putLe32(header + 16, static_cast<std::uint32_t>(sizeZ));
-  bool ok = std::fwrite(header, 1, ldtHeaderBytes, f.get()) == ldtHeaderBytes;
+  // The slabs go to the file in rank order: rank 0 starts it with the header, every other
+  // rank appends after receiving the running offset from the rank before it.
+  MpiExchange mpi;
+  const int rank = mpi.getRank();
+  const int processes = mpi.getNumberOfProcesses();
+  std::uint64_t offset = ldtHeaderBytes;
+  File f;
+  bool ok = true;
+  if (rank == 0) {
+    f.reset(std::fopen(fileName.c_str(), "wb"));
+    if (!f) fatal("COULD NOT OPEN THE FILE!" + fileName);
+    unsigned char header[ldtHeaderBytes];
+    std::memcpy(header, "ldt1", 4);
+    putLe32(header + 4, static_cast<std::uint32_t>(ldtHeaderBytes));
+    putLe32(header + 8, static_cast<std::uint32_t>(sizeX));
+    putLe32(header + 12, static_cast<std::uint32_t>(sizeY));
+    putLe32(header + 16, static_cast<std::uint32_t>(sizeZ));
+    ok = std::fwrite(header, 1, ldtHeaderBytes, f.get()) == ldtHeaderBytes;
+  } else {
+    mpi.receive(&offset, sizeof offset, rank - 1);
+    f.reset(std::fopen(fileName.c_str(), "ab"));
+    if (!f) fatal("Could not open the file " + fileName);
+  }
 
   // Runs never cross a line end and never exceed 255.
-  std::uint64_t offset = ldtHeaderBytes;
   std::vector<unsigned char> pairs;
   pairs.reserve(2 * sizeZ);
   for (std::uint64_t x = localXBegin; x < localXEnd && ok; ++x) {
@@ -394,6 +406,12 @@ void ColorImage::writeLdt(const std::string& fileName) const {
   }
   ok = std::fclose(f.release()) == 0 && ok;
   if (!ok) fatal("Failed to write the file " + fileName);
+  if (processes > 1) mpi.send(&offset, sizeof offset, (rank + 1) % processes);
+  if (rank != 0) {
+    std::cout << "Export o.k.\n";
+    return;
+  }
+  if (processes > 1) mpi.receive(&offset, sizeof offset, processes - 1);
   if (offset > limit)
     fatal("Can not write " + fileName + ": its run data exceed the 4 GB of the ldt offset");
 

@@ -81,6 +81,12 @@ void Geometry::resample(std::uint64_t sizeX, std::uint64_t sizeY, std::uint64_t 
         "the resampling mode None or the geometry's own size.");
 }
 
+void Geometry::loadOrientation(const std::string& fileName, const std::string& directory,
+                               bool reducedAngles) {
+  EulerAnglesImage.loadOrientationOnGrid(fileName, directory, getSizeX(), getSizeY(), getSizeZ(),
+                                         reducedAngles);
+}
+
 std::shared_ptr<ColorImage> Geometry::makeDominatingColorImage() const {
   const ColorImage& real = RealVoxelImage;
   auto image = std::make_shared<ColorImage>("DominatingColorImage", real.getImageFlag());

@@ -13,6 +13,7 @@
 
 #include "common/Types.h"
 #include "voxel/ColorImage.h"
+#include "voxel/EulerAnglesImage.h"
 
 namespace gridmoor {
 
@@ -44,6 +45,8 @@ class Geometry {
  public:
   ColorImage originalVoxelImage{"originalVoxelImage"};
   ColorImage RealVoxelImage{"RealVoxelImage"};
+  // Orientation of each voxel of the computation grid; empty unless loadOrientation ran.
+  gridmoor::EulerAnglesImage EulerAnglesImage{"EulerAnglesImage"};
   // Hybrid colour -> its two source colours; empty unless hybrid voxels are on.
   std::map<Colour, std::pair<Colour, Colour>> hybridColors;
   // The keys of hybridColors, ascending.
@@ -96,6 +99,10 @@ class Geometry {
   // Builds RealVoxelImage on the target grid.
   void resample(std::uint64_t sizeX, std::uint64_t sizeY, std::uint64_t sizeZ,
                 const std::string& mode);
+  // Reads the orientation file (relative to directory unless absolute) onto the computation
+  // grid; call after resample.
+  void loadOrientation(const std::string& fileName, const std::string& directory,
+                       bool reducedAngles);
   // A new image of the computation grid in which each hybrid voxel holds its dominating colour.
   std::shared_ptr<ColorImage> makeDominatingColorImage() const;
   // Replaces the voxel lengths of the file; the computation grid keeps its ratio to them.

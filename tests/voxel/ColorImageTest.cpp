@@ -116,16 +116,6 @@ TEST_F(ColorImageFiles, LdtWriterSplitsLongRunsAndPatchesTheOffset) {
   EXPECT_EQ(bytes, "ldt1" + le32(30) + le32(1) + le32(2) + le32(300) + runs + trailer);
 }
 
-TEST_F(ColorImageFiles, LdtSizeOneInZWritesOnePairPerLine) {
-  ColorImage image(2, 3, 1, 0, "flat");
-  for (std::size_t i = 0; i < image.size(); ++i) image[i] = static_cast<Colour>(i);
-  const std::string file = path("flat.ldt");
-  runOutput([&] { image.writeLdt(file); });
-  const std::string bytes = readBytes(file);
-  EXPECT_EQ(bytes.substr(4, 4), le32(20 + 12));
-  EXPECT_EQ(bytes.substr(20, 12), pairs({{1, 0}, {1, 1}, {1, 2}, {1, 3}, {1, 4}, {1, 5}}));
-}
-
 TEST_F(ColorImageFiles, LdtReaderAcceptsZeroCountsAndRunsAcrossLinesButNotPlanes) {
   // Plane 0 (2 x 3 voxels): a zero pair, then one run of 4 over a line end, then a run of 9
   // that overflows the plane and is cut. Plane 1 starts with its own pair.
@@ -195,7 +185,6 @@ TEST_F(ColorImageFiles, BrokenLdtFilesEndTheRun) {
   dies("cut.ldt", ldtHeader(2, 1, 4) + pairs({{2, 1}, {2, 1}, {1, 1}, {0, 0}}),
        "truncated: its run data end in plane 1 of 2");
   dies("length.ldt", ldtHeader(1, 1, 1) + pairs({{1, 1}}) + " VoxelLength -2", "invalid VoxelLength");
-  dies("nolength.ldt", ldtHeader(1, 1, 1) + pairs({{1, 1}}) + " VoxelLength", "invalid VoxelLength");
 }
 
 TEST_F(ColorImageFiles, RekVolumesReadXFastest) {
@@ -304,25 +293,4 @@ TEST(ColorImage, CollectColorsFollowsAHashSetFilledInMemoryOrder) {
     EXPECT_EQ(image.getColors(), std::vector<Colour>(reference.begin(), reference.end()));
     EXPECT_EQ(image.getNumberOfColors(), reference.size());
   }
-}
-
-TEST(ColorImage, ResolutionWarnsOnlyWhenAnisotropic) {
-  ColorImage image(1, 1, 1, 0, "r");
-  image.resolutionX = image.resolutionY = image.resolutionZ = 2.0;
-  EXPECT_EQ(runOutput([&] { EXPECT_EQ(image.getResolution(), 2.0); }), "");
-  image.resolutionZ = 3.0;
-  EXPECT_EQ(runOutput([&] { EXPECT_EQ(image.getResolution(), 2.0); }),
-            "Warning: Resolution is anisotropic. This function returns rx only!\n");
-}
-
-TEST(ColorImage, SetSizeTakesTheWholeAxisInOneProcess) {
-  ColorImage image("slab");
-  image.setSize(10, 4, 3, 4, "Naive");  // ratio 10/4: ceil(4 * 10/4) = 10
-  EXPECT_EQ(image.localXBegin, 0u);
-  EXPECT_EQ(image.localXEnd, 10u);
-  EXPECT_EQ(image.xOffset, 0u);
-  EXPECT_EQ(image.size(), 120u);
-  image.setSize(7, 2, 2, 0, "None");
-  EXPECT_EQ(image.getSizeX(), 7u);
-  EXPECT_EQ(image.size(), 28u);
 }
