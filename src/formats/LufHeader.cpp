@@ -55,7 +55,9 @@ int lufElementSize(const std::string& types, long long entries) {
   // building a huge comparison text.
   const auto fits = [&](std::size_t wordLength) {
     const auto n = static_cast<unsigned long long>(entries);
-    return n == 0 ? types.empty() : types.size() == n * wordLength + (n - 1);
+    // n <= size first, so that the product below cannot wrap for a corrupt entry count.
+    return n == 0 ? types.empty()
+                  : n <= types.size() && types.size() == n * wordLength + (n - 1);
   };
   if (fits(5) && types == lufRepeat("float", entries)) return 4;
   if (fits(6) && types == lufRepeat("double", entries)) return 8;

@@ -150,6 +150,8 @@ TEST(LufHeader, TypeListsMatchOnlyUniformWellFormedLists) {
   EXPECT_EQ(lufElementSize("double,,double", 3), 0);
   EXPECT_EQ(lufElementSize("float", -1), 0);
   EXPECT_EQ(lufElementSize("float", 1LL << 60), 0);  // must not build a huge list
+  // A count whose list length wraps round to the text's length must not match either.
+  EXPECT_EQ(lufElementSize("xx", 5270498306774157605LL), 0);
   EXPECT_EQ(lufRepeat("center", 3), "center,center,center");
   EXPECT_EQ(lufMeaning(1), "scalar");
   EXPECT_EQ(lufMeaning(6), "tensor");
