@@ -60,7 +60,10 @@ TEST_P(EndToEnd, Case) {
     if (line.empty() || line[0] == '#') continue;
     if (line.rfind("args", 0) == 0) {
       std::istringstream words(line.substr(4));
-      for (std::string w; words >> w;) arguments += " " + shellQuote(w);
+      for (std::string w; words >> w;) {
+        arguments += ' ';
+        arguments += shellQuote(w);
+      }
     } else {
       lines.push_back(line);
     }
