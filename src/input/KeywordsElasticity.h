@@ -2,9 +2,13 @@
 // elasticity output settings to the base store, and the path or load key schema.
 #pragma once
 
+#include <array>
+#include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "input/Keywords.h"
+#include "input/LoadComponents.h"
 
 namespace gridmoor {
 
@@ -31,6 +35,49 @@ class KeywordsElasticity : public Keywords {
   // "Strain", "Stress", "Polarization", "Eigenstrain" or "DeformationGradient"; any other
   // combination of the deformation, primary unknown and load type ends the run.
   std::string problemFormulation() const;
+
+  // Time grid. Every query first checks the grid of its type and ends the run, naming the
+  // key, on one that can not be walked: fewer than two or non-increasing times, no steps,
+  // a stop not after the start, a logarithmic start that is not positive.
+  int numberOfSteps() const;
+  // Step i runs from timeOfStep(i) to timeOfStep(i + 1).
+  double timeOfStep(int i) const;
+  double stepLength(int i) const;
+  // Share of the whole time span reached at the end of step i.
+  double stepFraction(int i) const;
+  bool isSingleStep() const;
+
+  // Macroscopic load: the kind the formulation prescribes, by the load type keys. An unknown
+  // load type word ends the run, naming its key.
+  LoadKind macroscopicLoadKind() const;
+  // The load vector at `time` (6 or 9 entries, result is resized), negated with inverseSign.
+  void macroscopicLoadAt(double time, std::vector<double>& result, bool inverseSign = false) const;
+  // The change of the load over step i, from timeOfStep(i) to timeOfStep(i + 1).
+  void macroscopicLoadIncrement(int i, std::vector<double>& result) const;
+  // Size of the unit load of the selected kind for homogenization.
+  double macroscopicLoadCaseIncrement() const;
+  double temperatureChangeAt(double time) const;
+  bool isZeroLoad() const;
+  bool isZeroThermalLoad() const;
+  // Bit i (Voigt slot XX, YY, ZZ, YZ, XZ, XY) set: component i is prescribed as strain,
+  // clear: as stress.
+  unsigned mixedMask() const;
+  // Bit 3 * row + column set: that component of F is prescribed, clear: that of P.
+  unsigned mixedTensorMask() const;
+  // The nine numbers of CoordinateSystem, row-major.
+  std::array<double, 9> coordinateSystemMatrix() const;
+
+  // Load cases of homogenization: 0 to 5 the unit loads in Voigt order, 6 the thermal one.
+  bool hasLoadCase(int loadCase) const;
+  int numberOfLoadCases() const;
+  int numberOfMechanicalLoadCases() const;
+  // Bit c set for each mechanical case c that runs.
+  unsigned loadCaseMask() const;
+
+  // "Timestep = ", "Time = ", "Temperature Change = " and "Macroscopic Load = " lines at the
+  // start of step i; nothing for a run of one step.
+  void printStepHeader(int i) const;
+  void printStepHeader(int i, std::ostream& out) const;
 
   // Load and formulation.
   Parameter<std::string> primaryUnknown{parameters_, Elasticity, "input/Solution/PrimaryUnknown",
@@ -218,6 +265,18 @@ class KeywordsElasticity : public Keywords {
                                         "1,1,1"};
   Parameter<WordList> computeLoadCaseList{parameters_, Elasticity,
                                           "Postprocessing/ComputeLoadCaseList", required};
+
+ private:
+  void checkTimeGrid() const;
+  [[noreturn]] void unknownTimeStepType() const;
+  // The load type word that decides the kind, and the key it was read under.
+  const Parameter<std::string>& loadTypeParameter() const;
+  const Parameter<DoubleList>& constantLoadOf(LoadKind kind) const;
+  const Parameter<Table>& loadTableOf(LoadKind kind) const;
+  const Parameter<double>& loadCaseIncrementOf(LoadKind kind) const;
+  // The constant load of the kind, ended with a message naming the key when it has not as
+  // many entries as the kind has components.
+  const DoubleList& checkedConstantLoad(LoadKind kind) const;
 };
 
 }  // namespace gridmoor
