@@ -1,6 +1,7 @@
 #include "materials/LinearElasticMaterialMatrices.h"
 
-#include <Eigen/Dense>
+#include <cmath>
+#include <utility>
 
 namespace gridmoor {
 
@@ -98,12 +99,44 @@ VoigtMatrix orthotropicStiffness(const OrthotropicConstants& k) {
 }
 
 VoigtMatrix invertByLU(const VoigtMatrix& m) {
-  using Matrix6 = Eigen::Matrix<double, 6, 6, Eigen::RowMajor>;
-  const Matrix6 a = Eigen::Map<const Matrix6>(m.m.data());
-  // Fixed-size storage: this runs per voxel for rotated laws and must not allocate.
-  const Eigen::PartialPivLU<Matrix6> lu(a);
+  // Doolittle factorisation of a copy, P M = L U, with the row of the largest remaining
+  // entry as pivot; no check of the pivot, so a singular matrix runs into a division by 0.
+  double lu[6][6];
+  int permutation[6];
+  for (int a = 0; a < 6; ++a) {
+    permutation[a] = a;
+    for (int b = 0; b < 6; ++b) lu[a][b] = m(a, b);
+  }
+  for (int k = 0; k < 6; ++k) {
+    int pivot = k;
+    for (int a = k + 1; a < 6; ++a)
+      if (std::abs(lu[a][k]) > std::abs(lu[pivot][k])) pivot = a;
+    if (pivot != k) {
+      std::swap(lu[pivot], lu[k]);
+      std::swap(permutation[pivot], permutation[k]);
+    }
+    for (int a = k + 1; a < 6; ++a) {
+      const double factor = lu[a][k] / lu[k][k];
+      lu[a][k] = factor;
+      for (int b = k + 1; b < 6; ++b) lu[a][b] -= factor * lu[k][b];
+    }
+  }
+  // Column j of the inverse solves L U x = P e_j: forward, then backward substitution.
   VoigtMatrix inverse;
-  Eigen::Map<Matrix6>(inverse.m.data()) = lu.solve(Matrix6::Identity());
+  for (int j = 0; j < 6; ++j) {
+    double x[6];
+    for (int a = 0; a < 6; ++a) {
+      double sum = permutation[a] == j ? 1.0 : 0.0;
+      for (int b = 0; b < a; ++b) sum -= lu[a][b] * x[b];
+      x[a] = sum;
+    }
+    for (int a = 5; a >= 0; --a) {
+      double sum = x[a];
+      for (int b = a + 1; b < 6; ++b) sum -= lu[a][b] * x[b];
+      x[a] = sum / lu[a][a];
+    }
+    for (int a = 0; a < 6; ++a) inverse(a, j) = x[a];
+  }
   return inverse;
 }
 

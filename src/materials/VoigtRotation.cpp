@@ -95,4 +95,17 @@ VoigtMatrix rotateComplianceXZX(const VoigtMatrix& d, double t1, double t2, doub
   return rotateXZX(d, t1, t2, t3, rotateCompliance);
 }
 
+void rotateStrainXZX(const double* strainVoigt, double t1, double t2, double t3, double* out) {
+  double current[6], turned[6];
+  for (int a = 0; a < 6; ++a) current[a] = strainVoigt[a];
+  const RotationAxis axes[3] = {RotationAxis::X, RotationAxis::Z, RotationAxis::X};
+  const double angles[3] = {t3, t2, t1};
+  for (int step = 0; step < 3; ++step) {
+    if (angles[step] == 0.0) continue;
+    strainRotationMatrix(axes[step], -angles[step]).multiply(current, turned);
+    for (int a = 0; a < 6; ++a) current[a] = turned[a];
+  }
+  for (int a = 0; a < 6; ++a) out[a] = current[a];
+}
+
 }  // namespace gridmoor

@@ -26,6 +26,10 @@ VoigtMatrix rotateCompliance(const VoigtMatrix& d, RotationAxis axis, double ang
 VoigtMatrix rotateStiffnessXZX(const VoigtMatrix& c, double t1, double t2, double t3);
 VoigtMatrix rotateComplianceXZX(const VoigtMatrix& d, double t1, double t2, double t3);
 
+// A strain vector (engineering shear) of the material frame expressed in the frame turned by
+// R = Rx(t1) Rz(t2) Rx(t3), i.e. eps' = R eps R^T: the rule that goes with rotateComplianceXZX.
+void rotateStrainXZX(const double* strainVoigt, double t1, double t2, double t3, double* out);
+
 // Product of two 6x6 matrices.
 VoigtMatrix multiply(const VoigtMatrix& p, const VoigtMatrix& q);
 
