@@ -30,7 +30,7 @@ VoigtMatrix rotationMatrix(RotationAxis axis, double angle, bool strainForm) {
   r(k.q, k.p) = 1.0 - cc;
   r(k.q, k.q) = cc;
   r(k.h, k.h) = 2.0 * cc - 1.0;
-  const double toShear = strainForm ? 2.0 * cs : cs;  // row h, columns p and q
+  const double toShear = strainForm ? 2.0 * cs : cs;    // row h, columns p and q
   const double fromShear = strainForm ? cs : 2.0 * cs;  // rows p and q, column h
   r(k.p, k.h) = fromShear;
   r(k.q, k.h) = -fromShear;
