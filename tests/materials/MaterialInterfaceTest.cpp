@@ -1,19 +1,214 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <functional>
+#include <string>
+
 #include "MaterialInterfaceTestLaws.h"
 #include "input/KeywordsElasticity.h"
+#include "materials/DiscretizedHeatMaterial.h"
 
 namespace gridmoor {
 namespace {
 
+using testing_laws::isotropicStiffness;
+using testing_laws::LawAnswers;
 using testing_laws::TestLaw;
 
-TEST(MaterialInterfaceDeathTest, UnansweredFamiliesEndTheRunNamingTheOperation) {
+using Vec6 = std::array<double, 6>;
+using Vec9 = std::array<double, 9>;
+
+std::string refusal(const std::string& name) {
+  std::string pattern = "^The function ";
+  for (char c : name) {
+    if (c == '(' || c == ')' || c == '.') pattern += '\\';
+    pattern += c;
+  }
+  return pattern + " has not be implemented for all used materials!\n$";
+}
+
+TEST(MaterialInterfaceDeathTest, UnansweredOperationsEndTheRunNamingThemselves) {
   TestLaw law;
   KeywordsElasticity keywords;
   EXPECT_EXIT(law.initInternalVariablesStrain(keywords), ::testing::ExitedWithCode(1),
-              "^The function initInternalVariablesStrain\\(\\) has not be implemented for all "
-              "used materials!\n$");
+              refusal("initInternalVariablesStrain()"));
+  EXPECT_EXIT(law.totalNumberOfInternalVariablesPerVoxelDeformationGradient(0),
+              ::testing::ExitedWithCode(1),
+              refusal("totalNumberOfInternalVariablesPerVoxelDeformationGradient()"));
+  double low, high;
+  EXPECT_EXIT(law.getMinMaxEigenvaluePolarisation(0, nullptr, low, high),
+              ::testing::ExitedWithCode(1), refusal("getMinMaxEigenvaluePolarisation(...)"));
+  EXPECT_EXIT(law.getCVoigtInverse(), ::testing::ExitedWithCode(1),
+              "^getCVoigtInverse\\(\\) not implemented for this material\n$");
+  DiscretizedHeatMaterial heat;
+  const double gradient[3] = {1, 2, 3};
+  double flux[3];
+  EXPECT_EXIT(heat.Q(0, 0, 0, 0, gradient, flux), ::testing::ExitedWithCode(1),
+              refusal("Q(TVector,QVector)"));
+}
+
+TEST(MaterialInterfaceDeathTest, ForwardingDefaultsRefuseWhereTheirBuildingBlockIsMissing) {
+  TestLaw law;
+  const Vec6 zero6{};
+  Vec6 out6{};
+  // The linearized compliance form needs the voxel compliance, which this law lacks.
+  EXPECT_EXIT(law.E(0, 0, 0, 0, zero6.data(), zero6.data(), zero6.data(), out6.data()),
+              ::testing::ExitedWithCode(1), refusal("getCVoigtInverseOfVoxel(...)"));
+  // The large-strain chain ends in the history form of the second Piola-Kirchhoff stress.
+  const Vec9 identity{1, 0, 0, 0, 1, 0, 0, 0, 1};
+  Vec9 out9{};
+  EXPECT_EXIT(law.firstPiolaKirchhoff(0, 0, 0, 0, identity.data(), out9.data()),
+              ::testing::ExitedWithCode(1),
+              "^The second Piola-Kirchhoff tensor has not be implemented for all used "
+              "materials!\n$");
+  law.answers.thermal = true;
+  EXPECT_EXIT(law.thermalSecondPK(0, 0, 0, 0, 1.0, identity.data(), out9.data()),
+              ::testing::ExitedWithCode(1),
+              "^The thermal expansion has not be implemented for all used thermoelastic "
+              "materials!\n$");
+}
+
+// A law with the voxel compliance 3 I, which the linearized strain form needs.
+class LinearizableLaw : public TestLaw {
+ public:
+  static VoigtMatrix scaledIdentity(double s) {
+    VoigtMatrix m = VoigtMatrix::identity();
+    for (double& v : m.m) v *= s;
+    return m;
+  }
+  VoigtMatrix getCVoigtInverseOfVoxel(int, VoxelIndex, VoxelIndex, VoxelIndex) override {
+    return scaledIdentity(3.0);
+  }
+};
+
+TEST(MaterialInterface, LinearizedFormsAddTheTangentTimesTheIncrementToTheHistoryForm) {
+  LinearizableLaw law;  // C = iso(1, 1), tangent = iso(10, 5), history adds the old value
+  const Vec6 e{1, 0, 0, 0, 0, 0}, eOld{0, 0, 0, 0, 0, 0.5}, delta{0, 0, 0, 0.2, 0, 0};
+  Vec6 s{};
+  law.S(0, 1, 2, 3, eOld.data(), e.data(), delta.data(), s.data());
+  // C e = (3, 1, 1, 0, 0, 0); tangent times delta = (0, 0, 0, 1, 0, 0).
+  EXPECT_EQ(s, (Vec6{3, 1, 1, 1, 0, 0.5}));
+
+  const Vec6 sigma{1, 2, 0, 0, 0, 0}, sigmaOld{0, 0, 1, 0, 0, 0}, deltaSigma{0, 0, 0, 0, 1, 0};
+  Vec6 strain{};
+  law.E(0, 0, 0, 0, sigmaOld.data(), sigma.data(), deltaSigma.data(), strain.data());
+  EXPECT_EQ(strain, (Vec6{2, 4, 1, 0, 3, 0}));
+}
+
+TEST(MaterialInterface, ThermalWrappersTakeOffTheThermalStrainOnlyWithThermalExpansion) {
+  TestLaw law({.thermal = true});
+  law.alpha = 0.1;
+  const double T = 2.0;  // thermal strain 0.2 on the normal components
+  const Vec6 e{1, 0, 0, 0, 0, 0};
+  Vec6 s{}, strain{};
+  law.thermalS(0, 0, 0, 0, T, e.data(), s.data());
+  EXPECT_NEAR(s[0], 2.0, 1e-14);  // C (0.8, -0.2, -0.2, 0, 0, 0), lambda = mu = 1
+  EXPECT_NEAR(s[1], 0.0, 1e-14);
+  law.thermalE(0, 0, 0, 0, T, e.data(), strain.data());
+  EXPECT_NEAR(strain[1], 0.2, 1e-14);
+  law.answers.thermal = false;  // alpha is ignored now
+  law.thermalS(0, 0, 0, 0, T, e.data(), s.data());
+  EXPECT_EQ(s, (Vec6{3, 1, 1, 0, 0, 0}));
+}
+
+// Saint Venant-Kirchhoff: S = C : E with the stiffness tensor, and a thermal strain tensor
+// alpha T on the diagonal.
+class SaintVenantLaw : public TestLaw {
+ public:
+  static constexpr double lambda = 2.0, mu = 1.5;
+  TensorMatrix c4 = stiffnessTensorOf(isotropicStiffness(lambda, mu));
+  using DiscretizedElasticMaterial::secondPiolaKirchhoff;
+  void secondPiolaKirchhoff(int, VoxelIndex, VoxelIndex, VoxelIndex, const double*,
+                            const double* E9, double* S9) override {
+    for (int p = 0; p < 9; ++p) {
+      S9[p] = 0.0;
+      for (int q = 0; q < 9; ++q) S9[p] += c4(p, q) * E9[q];
+    }
+  }
+  TensorMatrix dSdE(int, VoxelIndex, VoxelIndex, VoxelIndex, const double*) override { return c4; }
+  void thermalStrainTensor(int, VoxelIndex, VoxelIndex, VoxelIndex, double T,
+                           double* eps9) const override {
+    for (int p = 0; p < 9; ++p) eps9[p] = (p % 4 == 0) ? alpha * T : 0.0;
+  }
+};
+
+// Central differences of a first Piola-Kirchhoff map against a 9x9 tangent.
+void expectTangentMatchesDifferences(const std::function<Vec9(const Vec9&)>& P,
+                                     const TensorMatrix& tangent, const Vec9& F) {
+  const double h = 1e-6;
+  for (int q = 0; q < 9; ++q) {
+    Vec9 plus = F, minus = F;
+    plus[q] += h;
+    minus[q] -= h;
+    const Vec9 pPlus = P(plus), pMinus = P(minus);
+    for (int p = 0; p < 9; ++p)
+      EXPECT_NEAR(tangent(p, q), (pPlus[p] - pMinus[p]) / (2 * h), 1e-7)
+          << "dP_" << p << " / dF_" << q;
+  }
+}
+
+TEST(MaterialInterface, LargeStrainChainAndItsThermalFormFromTheSecondPiolaKirchhoffStress) {
+  SaintVenantLaw law;
+  // Uniaxial stretch: E_xx = ((1 + a)^2 - 1) / 2, S = C : E, P = F S.
+  const double a = 0.1, exx = ((1 + a) * (1 + a) - 1) / 2;
+  const Vec9 stretch{1 + a, 0, 0, 0, 1, 0, 0, 0, 1};
+  Vec9 P{};
+  law.firstPiolaKirchhoff(0, 0, 0, 0, stretch.data(), P.data());
+  EXPECT_NEAR(P[0], (1 + a) * (law.lambda + 2 * law.mu) * exx, 1e-14);
+  EXPECT_NEAR(P[4], law.lambda * exx, 1e-14);
+  EXPECT_NEAR(P[1], 0.0, 1e-14);
+
+  const Vec9 F{1.05, 0.02, -0.03, 0.01, 0.97, 0.04, -0.02, 0.03, 1.1};
+  auto firstPK = [&](const Vec9& f) {
+    Vec9 p{};
+    law.firstPiolaKirchhoff(0, 0, 0, 0, f.data(), p.data());
+    return p;
+  };
+  expectTangentMatchesDifferences(firstPK, law.dPdF(0, 0, 0, 0, F.data()), F);
+
+  // Heated: the stress comes from the mechanical strain E - E_th.
+  law.answers.thermal = true;
+  law.alpha = 0.01;
+  const double T = 3.0;
+  const Vec9 identity{1, 0, 0, 0, 1, 0, 0, 0, 1};
+  // Undeformed: S = -C : E_th, a pressure of 3 K alpha T.
+  law.thermalFirstPK(0, 0, 0, 0, T, identity.data(), P.data());
+  EXPECT_NEAR(P[0], -(3 * law.lambda + 2 * law.mu) * law.alpha * T, 1e-14);
+  EXPECT_NEAR(P[8], P[0], 1e-14);
+  EXPECT_NEAR(P[3], 0.0, 1e-14);
+
+  auto thermalFirstPK = [&](const Vec9& f) {
+    Vec9 p{};
+    law.thermalFirstPK(0, 0, 0, 0, T, f.data(), p.data());
+    return p;
+  };
+  expectTangentMatchesDifferences(thermalFirstPK, law.thermalDPDF(0, 0, 0, 0, T, F.data()), F);
+}
+
+TEST(MaterialInterface, MandelEigenvalueRanges) {
+  // An isotropic compliance with engineering shear (1 / mu) has 1 / (3 K) and 1 / (2 mu).
+  const double lambda = 2.0, mu = 1.5, K = lambda + 2 * mu / 3;
+  const double young = mu * (3 * lambda + 2 * mu) / (lambda + mu),
+               nu = lambda / (2 * (lambda + mu));
+  VoigtMatrix compliance;
+  for (int a = 0; a < 3; ++a) {
+    for (int b = 0; b < 3; ++b) compliance(a, b) = -nu / young;
+    compliance(a, a) = 1 / young;
+    compliance(a + 3, a + 3) = 1 / mu;
+  }
+  double minimum = 0, maximum = 0;
+  complianceEigenvalueRange(compliance, minimum, maximum);
+  EXPECT_NEAR(minimum, 1 / (3 * K), 1e-12);
+  EXPECT_NEAR(maximum, 1 / (2 * mu), 1e-12);
+
+  // A general matrix: normal block with the pair 2 +- 5i, shear 0.25 (0.5 in Mandel form);
+  // the range is over real parts.
+  VoigtMatrix m;
+  m(0, 0) = 2, m(0, 1) = -5, m(1, 0) = 5, m(1, 1) = 2, m(2, 2) = 1;
+  for (int a = 3; a < 6; ++a) m(a, a) = 0.25;
+  stiffnessEigenvalueRange(m, minimum, maximum);
+  EXPECT_NEAR(minimum, 0.5, 1e-12);
+  EXPECT_NEAR(maximum, 2.0, 1e-12);
 }
 
 }  // namespace
