@@ -17,26 +17,29 @@ std::string suffixOf(const std::string& path) {
   return path.substr(dot + 1);
 }
 
-std::vector<XmlNode> materialChildren(const XmlNode& parent) {
+std::vector<XmlNode> materialChildren(const XmlNode& parent, const std::string& entryName) {
   std::vector<XmlNode> entries;
   for (int i = 0; i < parent.childCount(); ++i)
-    if (parent.child(i).name() == MaterialKeys::entryName) entries.push_back(parent.child(i));
+    if (parent.child(i).name() == entryName) entries.push_back(parent.child(i));
   return entries;
 }
 
-// Inline entries: every "Material" element below "input/MaterialData".
-std::vector<XmlNode> inlineEntries(const XmlNode& tree) {
-  const std::string path = MaterialKeys::material;
-  const XmlNode parent = tree.getChildByPath(path.substr(0, path.rfind('/')), false, '/');
-  return parent ? materialChildren(parent) : std::vector<XmlNode>();
+// Inline entries: every element at the list key ("input/MaterialData/Material"), that is every
+// "Material" child of "input/MaterialData".
+std::vector<XmlNode> inlineEntries(const XmlNode& tree, const MaterialVector& table) {
+  const std::string& key = table.materialListKey;
+  const std::size_t slash = key.rfind('/');
+  const XmlNode parent =
+      slash == std::string::npos ? tree : tree.getChildByPath(key.substr(0, slash), false, '/');
+  return parent ? materialChildren(parent, key.substr(slash + 1)) : std::vector<XmlNode>();
 }
 
-void readXmlSource(const XmlNode& tree, MaterialSource& source) {
-  source.fortranCompiler = readParameterText(tree, MaterialKeys::fortranCompiler, "");
-  source.fortranCompilerOptions = readParameterText(tree, MaterialKeys::fortranCompilerOptions, "");
-  const std::string name = readParameterText(tree, MaterialKeys::materParamFile, "");
+void readXmlSource(const XmlNode& tree, const MaterialVector& table, MaterialSource& source) {
+  source.fortranCompiler = readParameterText(tree, table.fortranCompilerKey, "");
+  source.fortranCompilerOptions = readParameterText(tree, table.fortranCompilerOptionsKey, "");
+  const std::string name = readParameterText(tree, table.materParamFileKey, "");
   const std::string path = joinMaterialPath(source.directory, name);
-  source.entries = inlineEntries(tree);
+  source.entries = inlineEntries(tree, table);
   if (!source.entries.empty()) {
     source.document = tree;
     return;
@@ -49,16 +52,16 @@ void readXmlSource(const XmlNode& tree, MaterialSource& source) {
   source.document = XmlNode::openFile(path);
   // The file holds the entries at its top level; a copy of a parameter file's material block
   // (entries below "input/MaterialData") is accepted as well.
-  source.entries = materialChildren(source.document);
-  if (source.entries.empty()) source.entries = inlineEntries(source.document);
+  source.entries = materialChildren(source.document, table.materialElement);
+  if (source.entries.empty()) source.entries = inlineEntries(source.document, table);
 }
 
-void readCffSource(const XmlNode& tree, MaterialSource& source) {
-  source.fortranCompiler = readParameterText(tree, MaterialKeys::cffFortranCompiler, "");
-  const std::string name = readParameterText(tree, MaterialKeys::cffMaterParamFile, "");
+void readCffSource(const XmlNode& tree, const MaterialVector& table, MaterialSource& source) {
+  source.fortranCompiler = readParameterText(tree, table.fortranCompilerPdeKey, "");
+  const std::string name = readParameterText(tree, table.cffParamFileKey, "");
   source.materialFile = joinMaterialPath(source.directory, name);
   source.document = translateCffFile(source.materialFile);
-  source.entries = materialChildren(source.document);
+  source.entries = materialChildren(source.document, table.materialElement);
 }
 
 }  // namespace
@@ -74,13 +77,14 @@ std::string joinMaterialPath(const std::string& directory, const std::string& na
   return absolute ? name : directory + name;
 }
 
-MaterialSource readMaterialSource(const XmlNode& inputTree, const std::string& inputFile) {
+MaterialSource readMaterialSource(const XmlNode& inputTree, const std::string& inputFile,
+                                  const MaterialVector& table) {
   MaterialSource source;
   source.directory = materialDirectoryOf(inputFile);
   if (suffixOf(inputFile) == "pde")
-    readCffSource(inputTree, source);
+    readCffSource(inputTree, table, source);
   else
-    readXmlSource(inputTree, source);
+    readXmlSource(inputTree, table, source);
   return source;
 }
 

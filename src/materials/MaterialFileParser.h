@@ -6,23 +6,9 @@
 #include <vector>
 
 #include "input/XmlNode.h"
+#include "materials/MaterialVector.h"
 
 namespace gridmoor {
-
-// Key and element names of the material table.
-struct MaterialKeys {
-  static constexpr const char* materParamFile = "input/MaterialData/MaterParamFile";
-  static constexpr const char* material = "input/MaterialData/Material";
-  static constexpr const char* cffMaterParamFile = "input/MaterParamValues/MaterParamFile";
-  static constexpr const char* cffFortranCompiler = "input/FortranCompiler";
-  static constexpr const char* fortranCompiler = "input/MaterialData/FortranCompiler";
-  static constexpr const char* fortranCompilerOptions = "input/MaterialData/FortranCompilerOptions";
-  static constexpr const char* entryName = "Material";
-  static constexpr const char* materName = "MaterName";
-  static constexpr const char* materNumber = "MaterNumber";
-  static constexpr const char* type = "Type";
-  static constexpr const char* materialParameters = "MaterialParameters";
-};
 
 struct MaterialSource {
   // The document the entries belong to; holding it keeps them alive.
@@ -39,8 +25,10 @@ struct MaterialSource {
 
 // Chooses the source by the suffix of the parameter file: "pde" reads the ".cff" file named in
 // the line input, anything else is XML input (inline entries first, else the named file, which
-// must exist). Every failure ends the run with its message.
-MaterialSource readMaterialSource(const XmlNode& inputTree, const std::string& inputFile);
+// must exist). Keys and element names are the table's. Every failure ends the run with its
+// message.
+MaterialSource readMaterialSource(const XmlNode& inputTree, const std::string& inputFile,
+                                  const MaterialVector& table);
 
 // Directory part of a path with its separator ('/' or '\\'); empty without one.
 std::string materialDirectoryOf(const std::string& path);

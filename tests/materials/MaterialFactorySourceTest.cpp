@@ -30,6 +30,8 @@ XmlNode parse(const std::string& text) {
   return node;
 }
 
+const MaterialVector table;
+
 std::string numberOf(const XmlNode& entry) { return readParameterText(entry, "MaterNumber", ""); }
 
 TEST(MaterialFactorySource, InlineEntriesComeFirstAndInDocumentOrder) {
@@ -45,7 +47,7 @@ TEST(MaterialFactorySource, InlineEntriesComeFirstAndInDocumentOrder) {
       "<EModulUnit>GPa</EModulUnit>"
       "<Material><MaterNumber>0</MaterNumber></Material>"
       "</MaterialData><FortranCompiler>ignored</FortranCompiler></input></Settings>");
-  const MaterialSource source = readMaterialSource(tree, dir + "run.xml");
+  const MaterialSource source = readMaterialSource(tree, dir + "run.xml", table);
   ASSERT_EQ(source.entries.size(), 2u);
   EXPECT_EQ(numberOf(source.entries[0]), "2");
   EXPECT_EQ(numberOf(source.entries[1]), "0");
@@ -69,7 +71,7 @@ TEST(MaterialFactorySource, SeparateFileIsTakenRelativeToTheParameterFile) {
   const XmlNode tree = parse(
       "<Settings><input><MaterialData><MaterParamFile>data/materials.xml</MaterParamFile>"
       "</MaterialData></input></Settings>");
-  const MaterialSource source = readMaterialSource(tree, dir + "run.xml");
+  const MaterialSource source = readMaterialSource(tree, dir + "run.xml", table);
   EXPECT_EQ(source.materialFile, dir + "data/materials.xml");
   ASSERT_EQ(source.entries.size(), 2u);
   EXPECT_EQ(numberOf(source.entries[0]), "1");
@@ -78,7 +80,7 @@ TEST(MaterialFactorySource, SeparateFileIsTakenRelativeToTheParameterFile) {
   const XmlNode blockTree = parse(
       "<Settings><input><MaterialData><MaterParamFile>" + dir +
       "block.xml</MaterParamFile></MaterialData></input></Settings>");
-  const MaterialSource fromBlock = readMaterialSource(blockTree, "elsewhere/run.xml");
+  const MaterialSource fromBlock = readMaterialSource(blockTree, "elsewhere/run.xml", table);
   EXPECT_EQ(fromBlock.materialFile, dir + "block.xml");  // absolute names stay as given
   ASSERT_EQ(fromBlock.entries.size(), 1u);
   EXPECT_EQ(numberOf(fromBlock.entries[0]), "7");
@@ -89,11 +91,11 @@ TEST(MaterialFactorySource, MissingMaterialFileEndsTheRun) {
   const XmlNode named = parse(
       "<Settings><input><MaterialData><MaterParamFile>gone.xml</MaterParamFile>"
       "</MaterialData></input></Settings>");
-  EXPECT_EXIT(readMaterialSource(named, dir + "run.xml"), ::testing::ExitedWithCode(1),
+  EXPECT_EXIT(readMaterialSource(named, dir + "run.xml", table), ::testing::ExitedWithCode(1),
               "^Material parameter file .*gone\\.xml does not exist!");
   // Neither entries nor a name: the directory alone is no material file.
   const XmlNode empty = parse("<Settings><input><MaterialData/></input></Settings>");
-  EXPECT_EXIT(readMaterialSource(empty, dir + "run.xml"), ::testing::ExitedWithCode(1),
+  EXPECT_EXIT(readMaterialSource(empty, dir + "run.xml", table), ::testing::ExitedWithCode(1),
               "^Material parameter file .* does not exist!");
 }
 
@@ -104,7 +106,7 @@ TEST(MaterialFactorySource, PdeInputTranslatesTheCffFile) {
   tree.getChildByPath("input/MaterParamValues/MaterParamFile", true).addText("mat.cff");
   tree.getChildByPath("input/FortranCompiler", true).addText("ifort");
   tree.getChildByPath("input/MaterialData/Material/MaterNumber", true).addText("1");
-  const MaterialSource source = readMaterialSource(tree, dir + "run.pde");
+  const MaterialSource source = readMaterialSource(tree, dir + "run.pde", table);
   EXPECT_EQ(source.materialFile, dir + "mat.cff");
   EXPECT_EQ(source.fortranCompiler, "ifort");
   // Only the .cff file counts for line input, never inline XML entries.
@@ -115,7 +117,7 @@ TEST(MaterialFactorySource, PdeInputTranslatesTheCffFile) {
 
   XmlNode noFile = XmlNode::createRoot("gridmoor");
   noFile.getChildByPath("input/MaterParamValues/MaterParamFile", true).addText("other.cff");
-  EXPECT_EXIT(readMaterialSource(noFile, dir + "run.pde"), ::testing::ExitedWithCode(1),
+  EXPECT_EXIT(readMaterialSource(noFile, dir + "run.pde", table), ::testing::ExitedWithCode(1),
               "other\\.cff can not be opened");
 }
 
