@@ -6,7 +6,11 @@
 #include "common/Fatal.h"
 #include "input/KeywordsElasticity.h"
 #include "input/Parameter.h"
+#include "materials/AnisotropicLinearElasticMaterial.h"
+#include "materials/IsotropicLinearElasticMaterial.h"
 #include "materials/MaterialFactoryTypeNames.h"
+#include "materials/OrthotropicLinearElasticMaterial.h"
+#include "materials/TransversalIsotropicLinearElasticMaterial.h"
 #include "voxel/Geometry.h"
 
 namespace gridmoor {
@@ -17,6 +21,23 @@ namespace {
 constexpr int coloursWithoutGeometry = 16;
 
 [[noreturn]] void notImplemented() { fatal("Material Type not implemented"); }
+
+// What every law constructor of the table takes.
+struct LawArguments {
+  const std::string& name;
+  Colour colour;
+  const XmlNode& parameters;
+  Geometry* geometry;
+  const KeywordsElasticity& keywords;
+  const std::shared_ptr<const LoadCaseTable>& loadCases;
+  const std::shared_ptr<InternalVariablesStore>& internalVariablesStore;
+};
+
+template <class Law>
+DiscretizedElasticMaterial* newLaw(const LawArguments& a) {
+  return new Law(a.name, a.colour, a.parameters, a.geometry, a.keywords, a.loadCases,
+                 a.internalVariablesStore);
+}
 
 }  // namespace
 
@@ -120,11 +141,30 @@ void MaterialFactory::buildEntry(const XmlNode& entry, Colour colour) {
 DiscretizedElasticMaterial* MaterialFactory::makeElasticLaw(int typeIndex, const std::string& name,
                                                             const XmlNode& parameters,
                                                             Colour colour) const {
-  (void)name;
-  (void)parameters;
-  (void)colour;
+  const LawArguments a{name, colour, parameters, geometry_, keywords_, loadCases_,
+                      internalVariablesStore_};
+  using enum MechanicalType;
   switch (static_cast<MechanicalType>(typeIndex)) {
+    case LE:
+    case LEH:
+      return newLaw<IsotropicLinearElasticMaterial>(a);
+    case LETE:
+      return newLaw<IsotropicLinearElasticMaterialWithThermalExpansion>(a);
+    case LETI:
+    case LEHTI:
+      return newLaw<TransversalIsotropicLinearElasticMaterial>(a);
+    case LETITE:
+      return newLaw<TransversalIsotropicLinearElasticMaterialWithThermalExpansion>(a);
+    case LEORTH:
+      return newLaw<OrthotropicLinearElasticMaterial>(a);
+    case LEORTHTE:
+      return newLaw<OrthotropicLinearElasticMaterialWithThermalExpansion>(a);
+    case LEANISO:
+      return newLaw<AnisotropicLinearElasticMaterial>(a);
+    case LEANISOTE:
+      return newLaw<AnisotropicLinearElasticMaterialWithThermalExpansion>(a);
     default:
+      // Fluids, limit, viscoelastic, damage, hyperelastic, UMAT and hybrid laws come later.
       notImplemented();
   }
 }
