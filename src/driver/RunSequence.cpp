@@ -10,6 +10,7 @@
 #include "input/KeyWordsLattora.h"
 #include "input/Parameter.h"
 #include "input/ParameterFile.h"
+#include "materials/MaterialFactory.h"
 #include "voxel/DebugAllocator.h"
 #include "voxel/Geometry.h"
 
@@ -51,7 +52,11 @@ int RunSequence::run() {
   startProgress();
   readGeometry();
   setEstimateMode();
-  stopAtMissingStep("building the material table");
+  buildMaterials();
+  findRestartStep();
+  finishMaterials();
+  readOrientation();
+  stopAtMissingStep("the solver");
 }
 
 void RunSequence::checkArguments() {
@@ -132,6 +137,62 @@ void RunSequence::readGeometry() {
 void RunSequence::setEstimateMode() {
   estimateOnly_ = keywords_->estimateMemory();
   memoryEstimateMode = estimateOnly_;
+}
+
+void RunSequence::buildMaterials() {
+  timers_.materials.start();
+  KeyWordsLattora& kw = *keywords_;
+  materials_ = makeMaterialElasticVector(tree_, parameterPath_, geometry_.get(), kw,
+                                         std::make_shared<const LoadCaseTable>(),
+                                         std::make_shared<InternalVariablesStore>());
+  orientationRequired_ = materials_->anyNeedsOrientation(*geometry_);
+  allLinear_ = materials_->allLinear(*geometry_);
+  if (kw.linearizeWithNR() && allLinear_ &&
+      materials_->allLinearForFormulation(kw, *geometry_)) {
+    std::printf("\nWarning: All used materials are linear. Turning off Newton-Raphson-Iterations!\n");
+    kw.linearizeWithNR.set(false);
+    kw.maxIterNR.set(1);
+  }
+  hybrid_ = materials_->containsHybrid(*geometry_);
+  timers_.materials.stop();
+}
+
+// Stored states of an earlier run are not written by this build, so there is never a step to
+// go on from: the run starts at step 0.
+void RunSequence::findRestartStep() { restart_ = false; }
+
+void RunSequence::finishMaterials() {
+  timers_.materials.start();
+  materials_->checkMaterials(*keywords_, *geometry_);
+  pathIndependent_ = !materials_->hasInternalVariables(*geometry_, keywords_->problemFormulation());
+  timers_.materials.stop();
+  if (keywords_->externalForce() && !estimateOnly_)
+    stopAtMissingStep("reading a body force (input/Mesh/ExternalForce)");
+}
+
+void RunSequence::readOrientation() {
+  timers_.lof.start();
+  const KeyWordsLattora& kw = *keywords_;
+  if (orientationRequired_ && kw.inputLofFile().empty()) {
+    std::fprintf(stderr,
+                 "\nOrientation file (*.lof) not specified but necessary for anisotropic material "
+                 "parameters.\n");
+    std::exit(1);
+  }
+  // Three angles always: a two-angle law reads the first two.
+  if (!kw.inputLofFile().empty())
+    geometry_->loadOrientation(kw.inputLofFile(), outputDirectory_, false);
+  timers_.lof.stop();
+
+  timers_.materials.start();
+  materials_->setOrientation(*geometry_, geometry_->EulerAnglesImage.size() > 0
+                                             ? &geometry_->EulerAnglesImage
+                                             : nullptr);
+  if (!estimateOnly_) materials_->prepareVoxelData(*geometry_);
+  timers_.materials.stop();
+  timers_.internalVariables.start();
+  materials_->initInternalVariables(kw, *geometry_);
+  timers_.internalVariables.stop();
 }
 
 void RunSequence::stopAtMissingStep(const std::string& what) {

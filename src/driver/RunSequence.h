@@ -15,6 +15,7 @@ namespace gridmoor {
 
 class Geometry;
 class KeyWordsLattora;
+class MaterialElasticVector;
 
 class RunSequence {
  public:
@@ -43,6 +44,10 @@ class RunSequence {
   void startProgress();
   void readGeometry();
   void setEstimateMode();
+  void buildMaterials();
+  void findRestartStep();
+  void finishMaterials();
+  void readOrientation();
   [[noreturn]] void stopAtMissingStep(const std::string& what);
 
   std::vector<std::string> arguments_;
@@ -52,7 +57,13 @@ class RunSequence {
   std::unique_ptr<KeyWordsLattora> keywords_;
   std::unique_ptr<Geometry> geometry_;
   std::array<std::uint64_t, 3> gridSize_{};
+  std::unique_ptr<MaterialElasticVector> materials_;
   bool estimateOnly_ = false;
+  bool orientationRequired_ = false;
+  bool allLinear_ = false;
+  bool hybrid_ = false;
+  bool restart_ = false;
+  bool pathIndependent_ = true;
   RunTimers timers_;
 };
 

@@ -1,6 +1,7 @@
 # Gridmoor parameters in line form: a path with ':' and one value per line
 input:LicenseFileName licence.dat
 input:GeometryDescriptionFile geometry.ldt
+input:OrientationDescriptionFile orientation.lof
 input:BoxelLengthX 1.0
 input:BoxelLengthY 1.0
 input:BoxelLengthZ 1.0
