@@ -1,0 +1,55 @@
+// Helpers of the field file tests: a scratch directory per test and images whose every
+// value tells its voxel and component, exactly representable as 32-bit floats.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "voxel/Image.h"
+
+namespace gridmoor::testing {
+
+class ScratchDirectory : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "fieldfilesXXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    dir_ = pattern;
+  }
+  void TearDown() override { std::filesystem::remove_all(dir_); }
+  std::string path(const std::string& name) const { return (dir_ / name).string(); }
+  static std::string readBytes(const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  static void writeBytes(const std::string& file, const std::string& bytes) {
+    std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+  }
+  std::filesystem::path dir_;
+};
+
+// A value that differs for every voxel and component of grids up to 64 per axis and is
+// exact in float: the writers narrow to 32 bits.
+inline double patternValue(std::uint64_t c, std::uint64_t x, std::uint64_t y, std::uint64_t z) {
+  return static_cast<double>(c) * 262144.0 + static_cast<double>(x) * 4096.0 +
+         static_cast<double>(y) * 64.0 + static_cast<double>(z) + 0.25 - 3.0e5;
+}
+
+inline Image<double> patternImage(std::uint64_t components, std::uint64_t nx, std::uint64_t ny,
+                                  std::uint64_t nz) {
+  Image<double> image(components, nx, ny, nz, "pattern");
+  for (std::uint64_t x = 0; x < nx; ++x)
+    for (std::uint64_t y = 0; y < ny; ++y)
+      for (std::uint64_t z = 0; z < nz; ++z)
+        for (std::uint64_t c = 0; c < components; ++c)
+          *image.elementPointer(c, x, y, z) = patternValue(c, x, y, z);
+  return image;
+}
+
+}  // namespace gridmoor::testing
