@@ -10,17 +10,36 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <system_error>
+#include <vector>
 
 #include "voxel/Image.h"
 
 namespace gridmoor::testing {
 
+// Directories still present when the process ends are removed then: a death test's child
+// process ends through exit() inside the test and never reaches TearDown.
+inline void removeAtExit(const std::filesystem::path& dir) {
+  struct Registry {
+    std::vector<std::filesystem::path> dirs;
+    ~Registry() {
+      std::error_code ignored;
+      for (const auto& d : dirs) std::filesystem::remove_all(d, ignored);
+    }
+  };
+  static Registry registry;
+  registry.dirs.push_back(dir);
+}
+
 class ScratchDirectory : public ::testing::Test {
  protected:
   void SetUp() override {
+    // The writers' OpenMP team outlives a parallel region: death tests must not fork it.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     std::string pattern = (std::filesystem::temp_directory_path() / "fieldfilesXXXXXX").string();
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     dir_ = pattern;
+    removeAtExit(dir_);
   }
   void TearDown() override { std::filesystem::remove_all(dir_); }
   std::string path(const std::string& name) const { return (dir_ / name).string(); }
