@@ -18,16 +18,24 @@ namespace {
 // The writer hands the filler a few z planes at a time; this bounds the scratch buffer.
 constexpr std::uint64_t chunkBytes = std::uint64_t(4) << 20;
 
+// The image is walked in its own memory order (z, then y, then x slowest) and the values
+// are scattered into the file order (x fastest): reads stream, writes stay in the buffer.
 template <class Out, class T>
 void fillFromImage(const Image<T>& image, const std::vector<std::uint32_t>& components,
                    const VoxelBox& box, Out* out) {
   const std::size_t nc = components.size();
-  for (std::uint64_t z = box.begin[2]; z < box.end[2]; ++z)
-    for (std::uint64_t y = box.begin[1]; y < box.end[1]; ++y)
-      for (std::uint64_t x = box.begin[0]; x < box.end[0]; ++x) {
-        const T* voxel = image.voxelPointer(x, y, z);
-        for (std::size_t c = 0; c < nc; ++c) *out++ = convertElement<Out>(voxel[components[c]]);
+  const std::uint64_t nx = box.size(0), ny = box.size(1);
+  const std::uint64_t zStride = nx * ny * nc;
+  for (std::uint64_t x = box.begin[0]; x < box.end[0]; ++x)
+    for (std::uint64_t y = box.begin[1]; y < box.end[1]; ++y) {
+      const T* voxel = image.voxelPointer(x, y, box.begin[2]);
+      Out* target = out + ((y - box.begin[1]) * nx + (x - box.begin[0])) * nc;
+      for (std::uint64_t z = box.begin[2]; z < box.end[2]; ++z) {
+        for (std::size_t c = 0; c < nc; ++c) target[c] = convertElement<Out>(voxel[components[c]]);
+        voxel += image.strideZ;
+        target += zStride;
       }
+    }
 }
 
 template <class T>

@@ -16,6 +16,10 @@ namespace {
 
 const std::string appendedMarker = "<AppendedData encoding=\"raw\">_";
 
+// Blocks per thread in one batch. Each block is compressed by one thread; several blocks per
+// thread keep the parallel regions, and their joins, few on a loaded machine.
+constexpr int blocksPerThread = 8;
+
 std::uint32_t swapped(std::uint32_t v) {
   return (v >> 24) | ((v >> 8) & 0xff00u) | ((v << 8) & 0xff0000u) | (v << 24);
 }
@@ -27,11 +31,11 @@ zstream::zstream(std::string fileName)
   scratch_.open(scratchName_, std::ios::in | std::ios::out | std::ios::binary | std::ios::trunc);
   open_ = scratch_.is_open();
   failed_ = !open_;
-  const int threads = std::max(1, omp_get_max_threads());
-  batch_.resize(static_cast<std::size_t>(threads) * blockSize);
-  output_.assign(threads, std::vector<unsigned char>(compressBound(blockSize)));
-  outputSizes_.assign(threads, 0);
-  results_.assign(threads, Z_OK);
+  const int blocks = std::max(1, omp_get_max_threads()) * blocksPerThread;
+  batch_.resize(static_cast<std::size_t>(blocks) * blockSize);
+  output_.assign(blocks, std::vector<unsigned char>(compressBound(blockSize)));
+  outputSizes_.assign(blocks, 0);
+  results_.assign(blocks, Z_OK);
 }
 
 zstream::~zstream() {

@@ -61,7 +61,7 @@ class zstream {
   std::vector<std::uint32_t> compressedSizes_;
   std::streamoff headerPosition_ = 0;  // of the block header in the scratch file
 
-  // One batch: a block per thread, compressed together.
+  // One batch of blocks, compressed together, each by one thread.
   std::vector<char> batch_;
   std::uint64_t batchFilled_ = 0;
   std::vector<std::vector<unsigned char>> output_;
