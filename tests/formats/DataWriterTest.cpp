@@ -92,7 +92,7 @@ TEST_F(DataWriterFiles, HooksRunOncePerFieldAroundAllPieces) {
   EXPECT_EQ(calls, expected);
 }
 
-TEST_F(DataWriterFiles, MismatchedImagesAndSectionsEndTheRun) {
+TEST_F(DataWriterFiles, MistakesAndUnwritableFilesEndTheRun) {
   const Image<double> small(3, 2, 2, 2, "small");
   EXPECT_EXIT(
       {
@@ -114,6 +114,17 @@ TEST_F(DataWriterFiles, MismatchedImagesAndSectionsEndTheRun) {
         writer.addImageField("points", small, {0}, DataWriter::Float, "", "", true);
       },
       ::testing::ExitedWithCode(1), "mixes point data and cell data");
+  // A file that can not be written, plain or through the compressing stream.
+  for (const bool compressed : {false, true})
+    EXPECT_EXIT(
+        {
+          VtiWriter writer(path("no/such/dir/f.vti"), {0, 2, 0, 2, 0, 2}, {1, 1, 1}, {0, 0, 0},
+                           compressed);
+          writer.addImageField("f", small, {0}, DataWriter::Float);
+          writer.write();
+        },
+        ::testing::ExitedWithCode(1),
+        "^Error while writing the VTI-file .*no/such/dir/f.vti \\(or one of the child files.\n$");
 }
 
 class VtkWriterFiles : public gridmoor::testing::ScratchDirectory {};

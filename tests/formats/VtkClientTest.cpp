@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "FieldFileTestSupport.h"
+#include "formats/VtiReader.h"
 #include "formats/VtiWriter.h"
 #include "formats/VtkWriter.h"
 
@@ -91,6 +92,16 @@ class VtkClient : public gridmoor::testing::ScratchDirectory {
     EXPECT_EQ(report.find("MISMATCH"), std::string::npos) << report;
     EXPECT_NE(report.find("OK"), std::string::npos) << report;
   }
+
+  // Has VTK's XML writer produce the sample image of vtk_write_sample.py.
+  void writeWithVtk(const std::string& file, const std::string& options) {
+    const std::string script =
+        std::string(GRIDMOOR_SOURCE_DIR) + "/tests/formats/vtk_write_sample.py";
+    const std::string command = "/usr/bin/python3 " + script + " " + file + " " + options +
+                                " > " + path("report.txt") + " 2>&1";
+    const int status = std::system(command.c_str());
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << readBytes(path("report.txt"));
+  }
 };
 
 TEST_F(VtkClient, ReadsVtiFilesRawCompressedAndBigEndian) {
@@ -160,6 +171,37 @@ TEST_F(VtkClient, ReadsLegacyVtkFiles) {
                              .field("count", {3}, [](std::uint32_t c, auto x, auto y, auto z) {
                                return static_cast<double>(static_cast<std::int32_t>(patternValue(c, x, y, z)));
                              })});
+}
+
+TEST_F(VtkClient, FilesWrittenByVtkReadBack) {
+  // VTK's own files differ from ours: version 1.0, 64-bit size words, a line break before
+  // the "_", empty PointData, extra attributes and elements around the arrays.
+  for (const std::string options : {"none UInt32 little", "zlib UInt64 big", "zlib UInt32 little",
+                                    "none UInt64 big"}) {
+    SCOPED_TRACE(options);
+    const std::string file = path("vtk.vti");
+    writeWithVtk(file, options);
+    VtiReader reader(file);
+    EXPECT_EQ(reader.getWholeExtent()[0], 1);
+    EXPECT_EQ(reader.getSize(0), 5u);
+    EXPECT_EQ(reader.getSpacing()[1], 2.0);
+    EXPECT_EQ(reader.getOrigin()[0], 0.5);
+    VoxelBox box;
+    box.end = {5, 4, 3};
+    Image<double> strain(3, 5, 4, 3, "strain");
+    reader.setField("strain", "Float32", 3);
+    reader.readFields(strain, box, {});
+    Image<int> phase(1, 5, 4, 3, "phase");
+    reader.setField("phase", "Int16", 1);
+    reader.readFields(phase, box, {});
+    for (std::uint64_t x = 0; x < 5; ++x)
+      for (std::uint64_t y = 0; y < 4; ++y)
+        for (std::uint64_t z = 0; z < 3; ++z) {
+          for (std::uint64_t c = 0; c < 3; ++c)
+            ASSERT_EQ(*strain.elementPointer(c, x, y, z), asFloat(c, x, y, z));
+          ASSERT_EQ(*phase.voxelPointer(x, y, z), int(x) - 2 * int(y) + int(z));
+        }
+  }
 }
 
 }  // namespace
