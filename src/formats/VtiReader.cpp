@@ -123,6 +123,53 @@ XmlNode parseHeader(const std::string& path, const std::string& text) {
   return root;
 }
 
+// WholeExtent, Origin and Spacing of an ImageData or PImageData element.
+void readGeometry(const XmlNode& image, const std::string& path,
+                  std::array<std::int64_t, 6>& extent, std::array<double, 3>& origin,
+                  std::array<double, 3>& spacing) {
+  extent = parseNumbers<6, std::int64_t>(image.attributeValue("WholeExtent"), "WholeExtent", path);
+  origin = parseNumbers<3, double>(image.attributeValue("Origin"), "Origin", path);
+  spacing = parseNumbers<3, double>(image.attributeValue("Spacing"), "Spacing", path);
+  for (int axis = 0; axis < 3; ++axis)
+    if (extent[2 * axis + 1] < extent[2 * axis])
+      fatal("VTI file " + path + ": its WholeExtent has an upper index below the lower one");
+}
+
+// The arrays of a piece or an index ("" or "P" in front of the element names): those of the
+// cell data, unless only the point data hold arrays.
+std::vector<std::pair<VtiReader::Array, XmlNode>> readArrays(const XmlNode& parent,
+                                                             const std::string& p,
+                                                             const std::string& path,
+                                                             bool& points) {
+  XmlNode section = parent.childByName(p + "CellData");
+  points = false;
+  if (!section || !section.childByName(p + "DataArray")) {
+    if (XmlNode pointSection = parent.childByName(p + "PointData");
+        pointSection && pointSection.childByName(p + "DataArray")) {
+      section = pointSection;
+      points = true;
+    }
+  }
+  std::vector<std::pair<VtiReader::Array, XmlNode>> arrays;
+  for (int a = 0; section && a < section.childCount(); ++a) {
+    const XmlNode node = section.child(a);
+    if (node.name() != p + "DataArray") continue;
+    VtiReader::Array array;
+    array.name = node.attributeValue("Name");
+    array.type = node.attributeValue("type");
+    bool hasCount = false;
+    const std::string count = node.attributeValue("NumberOfComponents", &hasCount);
+    array.components = hasCount ? parseNumber<std::uint32_t>(count, "NumberOfComponents", path) : 1;
+    if (typeIndex(array.type) < 0)
+      fatal("VTI file " + path + ": the array " + array.name + " has the unknown type \"" +
+            array.type + "\"");
+    if (array.components == 0)
+      fatal("VTI file " + path + ": the array " + array.name + " has no components");
+    arrays.emplace_back(array, node);
+  }
+  return arrays;
+}
+
 // Streams the bytes of one array out of the appended data, plain or block by block.
 class ArrayStream {
  public:
@@ -334,47 +381,20 @@ VtiReader::Source VtiReader::readImageFile(const std::string& path,
 
   const XmlNode image = root.childByName("ImageData");
   if (!image) fatal("VTI file " + path + " has no ImageData element");
-  extent = parseNumbers<6, std::int64_t>(image.attributeValue("WholeExtent"), "WholeExtent", path);
-  orig = parseNumbers<3, double>(image.attributeValue("Origin"), "Origin", path);
-  spac = parseNumbers<3, double>(image.attributeValue("Spacing"), "Spacing", path);
-  for (int axis = 0; axis < 3; ++axis)
-    if (extent[2 * axis + 1] < extent[2 * axis])
-      fatal("VTI file " + path + ": its WholeExtent has an upper index below the lower one");
-
-  points = false;
+  readGeometry(image, path, extent, orig, spac);
   for (int i = 0; i < image.childCount(); ++i) {
     const XmlNode pieceNode = image.child(i);
     if (pieceNode.name() != "Piece") continue;
     Piece piece;
     piece.extent = parseNumbers<6, std::int64_t>(pieceNode.attributeValue("Extent"), "Extent", path);
-    XmlNode section = pieceNode.childByName("CellData");
-    if (!section || !section.childByName("DataArray")) {
-      if (XmlNode pointSection = pieceNode.childByName("PointData");
-          pointSection && pointSection.childByName("DataArray")) {
-        section = pointSection;
-        points = true;
-      }
-    }
-    for (int a = 0; section && a < section.childCount(); ++a) {
-      const XmlNode node = section.child(a);
-      if (node.name() != "DataArray") continue;
-      Array array;
-      array.name = node.attributeValue("Name");
-      array.type = node.attributeValue("type");
-      bool hasCount = false;
-      const std::string count = node.attributeValue("NumberOfComponents", &hasCount);
-      array.components = hasCount ? parseNumber<std::uint32_t>(count, "NumberOfComponents", path) : 1;
-      if (typeIndex(array.type) < 0)
-        fatal("VTI file " + path + ": the array " + array.name + " has the unknown type \"" +
-              array.type + "\"");
-      if (array.components == 0)
-        fatal("VTI file " + path + ": the array " + array.name + " has no components");
+    for (auto& [array, node] : readArrays(pieceNode, "", path, points)) {
       const std::string format = node.attributeValue("format");
       if (format != "appended")
         fatal("VTI file " + path + ": the array " + array.name + " is stored as \"" + format +
               "\"; only appended data can be read");
       if (!header.hasAppendedData)
-        fatal("VTI file " + path + ": the array " + array.name + " refers to appended data that the file does not have");
+        fatal("VTI file " + path + ": the array " + array.name +
+              " refers to appended data that the file does not have");
       array.offset = parseNumber<std::uint64_t>(node.attributeValue("offset"), "offset", path);
       piece.arrays.push_back(array);
     }
@@ -386,35 +406,8 @@ VtiReader::Source VtiReader::readImageFile(const std::string& path,
 void VtiReader::readIndexFile(const std::string& path, const XmlNode& root) {
   const XmlNode image = root.childByName("PImageData");
   if (!image) fatal("VTI file " + path + " has no PImageData element");
-  wholeExtent =
-      parseNumbers<6, std::int64_t>(image.attributeValue("WholeExtent"), "WholeExtent", path);
-  origin = parseNumbers<3, double>(image.attributeValue("Origin"), "Origin", path);
-  spacing = parseNumbers<3, double>(image.attributeValue("Spacing"), "Spacing", path);
-  for (int axis = 0; axis < 3; ++axis)
-    if (wholeExtent[2 * axis + 1] < wholeExtent[2 * axis])
-      fatal("VTI file " + path + ": its WholeExtent has an upper index below the lower one");
-
-  XmlNode section = image.childByName("PCellData");
-  if (!section || !section.childByName("PDataArray")) {
-    if (XmlNode points = image.childByName("PPointData"); points && points.childByName("PDataArray")) {
-      section = points;
-      pointData = true;
-    }
-  }
-  for (int a = 0; section && a < section.childCount(); ++a) {
-    const XmlNode node = section.child(a);
-    if (node.name() != "PDataArray") continue;
-    Array array;
-    array.name = node.attributeValue("Name");
-    array.type = node.attributeValue("type");
-    bool hasCount = false;
-    const std::string count = node.attributeValue("NumberOfComponents", &hasCount);
-    array.components = hasCount ? parseNumber<std::uint32_t>(count, "NumberOfComponents", path) : 1;
-    if (typeIndex(array.type) < 0)
-      fatal("VTI file " + path + ": the array " + array.name + " has the unknown type \"" +
-            array.type + "\"");
-    arrays.push_back(array);
-  }
+  readGeometry(image, path, wholeExtent, origin, spacing);
+  for (const auto& entry : readArrays(image, "P", path, pointData)) arrays.push_back(entry.first);
 
   // Sources are named relative to the index's directory.
   const std::filesystem::path directory = std::filesystem::path(path).parent_path();

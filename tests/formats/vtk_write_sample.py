@@ -1,11 +1,9 @@
-"""Writes a small image with VTK's own XML writer, for our reader to read back.
+"""Writes a small image with VTK's own XML writer for our reader to read back.
 
 Usage: vtk_write_sample.py OUTFILE none|zlib UInt32|UInt64 little|big
-
-Cell data on the extent 1..6 x 0..4 x 0..3 (5 x 4 x 3 cells), origin (0.5, 0, 0), spacing
-(1, 2, 3): "strain", 3 floats per cell, component c of cell (x, y, z) being
-c * 262144 + x * 4096 + y * 64 + z + 0.25 - 3e5; "phase", 16-bit integers x - 2 * y + z.
-Exits with 2 when VTK cannot be imported.
+Cell data on the extent 1 6 0 4 0 3, origin (0.5, 0, 0), spacing (1, 2, 3): "strain", 3 floats
+c * 262144 + x * 4096 + y * 64 + z + 0.25 - 3e5 for component c of cell (x, y, z), and
+"phase", 16-bit integers x - 2 y + z. Exits with 2 without VTK.
 """
 import sys
 
@@ -23,18 +21,15 @@ image.SetSpacing(1, 2, 3)
 strain = vtk.vtkFloatArray()
 strain.SetName("strain")
 strain.SetNumberOfComponents(3)
-strain.SetNumberOfTuples(5 * 4 * 3)
+strain.SetNumberOfTuples(60)
 phase = vtk.vtkShortArray()
 phase.SetName("phase")
-phase.SetNumberOfTuples(5 * 4 * 3)
-i = 0
-for z in range(3):
-    for y in range(4):
-        for x in range(5):
-            for c in range(3):
-                strain.SetComponent(i, c, c * 262144 + x * 4096 + y * 64 + z + 0.25 - 3e5)
-            phase.SetValue(i, x - 2 * y + z)
-            i += 1
+phase.SetNumberOfTuples(60)
+cells = [(x, y, z) for z in range(3) for y in range(4) for x in range(5)]
+for i, (x, y, z) in enumerate(cells):
+    for c in range(3):
+        strain.SetComponent(i, c, c * 262144 + x * 4096 + y * 64 + z + 0.25 - 3e5)
+    phase.SetValue(i, x - 2 * y + z)
 image.GetCellData().AddArray(strain)
 image.GetCellData().AddArray(phase)
 
@@ -43,16 +38,7 @@ writer.SetInputData(image)
 writer.SetFileName(path)
 writer.SetDataModeToAppended()
 writer.EncodeAppendedDataOff()
-if compressor == "zlib":
-    writer.SetCompressorTypeToZLib()
-else:
-    writer.SetCompressorTypeToNone()
-if header_type == "UInt64":
-    writer.SetHeaderTypeToUInt64()
-else:
-    writer.SetHeaderTypeToUInt32()
-if order == "big":
-    writer.SetByteOrderToBigEndian()
-else:
-    writer.SetByteOrderToLittleEndian()
+writer.SetCompressorTypeToZLib() if compressor == "zlib" else writer.SetCompressorTypeToNone()
+writer.SetHeaderTypeToUInt64() if header_type == "UInt64" else writer.SetHeaderTypeToUInt32()
+writer.SetByteOrderToBigEndian() if order == "big" else writer.SetByteOrderToLittleEndian()
 sys.exit(0 if writer.Write() == 1 else 1)
