@@ -35,13 +35,18 @@ class ScratchDirectory : public ::testing::Test {
  protected:
   void SetUp() override {
     // The writers' OpenMP team outlives a parallel region: death tests must not fork it.
+    // The style is given back in TearDown, so that later suites keep theirs.
+    deathTestStyle_ = GTEST_FLAG_GET(death_test_style);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     std::string pattern = (std::filesystem::temp_directory_path() / "fieldfilesXXXXXX").string();
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     dir_ = pattern;
     removeAtExit(dir_);
   }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
+  void TearDown() override {
+    std::filesystem::remove_all(dir_);
+    GTEST_FLAG_SET(death_test_style, deathTestStyle_);
+  }
   std::string path(const std::string& name) const { return (dir_ / name).string(); }
   static std::string readBytes(const std::string& file) {
     std::ifstream in(file, std::ios::binary);
@@ -51,6 +56,7 @@ class ScratchDirectory : public ::testing::Test {
     std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
   }
   std::filesystem::path dir_;
+  std::string deathTestStyle_;
 };
 
 // A value that differs for every voxel and component of grids up to 64 per axis and is
