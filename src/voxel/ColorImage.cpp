@@ -14,6 +14,7 @@
 #include <unordered_set>
 
 #include "common/Fatal.h"
+#include "formats/VtiReader.h"
 #include "voxel/MpiExchange.h"
 #include "voxel/Ratio.h"
 
@@ -344,9 +345,45 @@ void ColorImage::readVtk(const std::string& fileName, std::uint64_t targetSizeX,
   collectColors();
 }
 
-void ColorImage::readVti(const std::string& fileName, std::uint64_t, const std::string&) {
-  fatal("ERROR: (Geometry) Reading the geometry " + fileName +
-        " failed: vti geometries are not supported yet");
+void ColorImage::readVti(const std::string& fileName, std::uint64_t targetSizeX,
+                         const std::string& resamplingMode) {
+  VtiReader reader(fileName);
+  const std::array<std::int64_t, 6>& extent = reader.getWholeExtent();
+  const std::uint64_t sx = reader.getSize(0), sy = reader.getSize(1), sz = reader.getSize(2);
+  requireVoxels("vti", fileName, sx, sy, sz);
+  std::string field;
+  for (const char* name : {"Materials", "Material", "Substance"})
+    if (reader.hasField(name)) {
+      field = name;
+      break;
+    }
+  if (field.empty()) fatal("vti-File " + fileName + " does not contain material information.");
+
+  // Extents may start anywhere; the image counts its voxels from the lower corner and keeps
+  // the lower indices.
+  extentBeginX = static_cast<std::uint64_t>(extent[0]);
+  extentBeginY = static_cast<std::uint64_t>(extent[2]);
+  extentBeginZ = static_cast<std::uint64_t>(extent[4]);
+  originX = reader.getOrigin()[0];
+  originY = reader.getOrigin()[1];
+  originZ = reader.getOrigin()[2];
+  resolutionX = reader.getSpacing()[0];
+  resolutionY = reader.getSpacing()[1];
+  resolutionZ = reader.getSpacing()[2];
+
+  std::cout << "Size of Geometry: " << gridText(sx, sy, sz) << "\n";
+  setSize(sx, sy, sz, targetSizeX, resamplingMode);
+  if (estimateOnly()) return;
+
+  reader.setField(field);
+  if (reader.getField().components != 1)
+    fatal("vti-File " + fileName + ": its material array " + field + " has " +
+          std::to_string(reader.getField().components) + " components instead of one");
+  VoxelBox box;
+  box.begin = {localXBegin, 0, 0};
+  box.end = {localXEnd, sy, sz};
+  reader.readFields(*this, box, {0});
+  collectColors();
 }
 
 void ColorImage::writeLdt(const std::string& fileName) const {

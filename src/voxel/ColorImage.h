@@ -1,5 +1,5 @@
 // The colour field: one material colour per voxel, with its voxel lengths, origin and trailer
-// text, read from .ldt, raw "rek" and legacy VTK volumes and written as .ldt, MetaImage or raw.
+// text, read from .ldt, raw "rek", legacy VTK and VTI volumes and written as .ldt, MetaImage or raw.
 #pragma once
 
 #include <cstdint>
@@ -47,7 +47,8 @@ class ColorImage : public Image<Colour> {
                const std::string& resamplingMode);
   void readVtk(const std::string& fileName, std::uint64_t targetSizeX,
                const std::string& resamplingMode);
-  // VTI colour sources come with the VTI reader; until then this ends the run with one line.
+  // The colours are the first of the arrays "Materials", "Material", "Substance" that the
+  // .vti or .pvti file holds; origin, spacing and the extent's lower indices are kept.
   void readVti(const std::string& fileName, std::uint64_t targetSizeX,
                const std::string& resamplingMode);
 

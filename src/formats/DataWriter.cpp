@@ -1,0 +1,214 @@
+#include "formats/DataWriter.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cstring>
+#include <iostream>
+#include <stdexcept>
+#include <utility>
+
+#include "common/Fatal.h"
+#include "formats/ElementConversion.h"
+
+namespace gridmoor {
+
+namespace {
+
+// The writer hands the filler a few z planes at a time; this bounds the scratch buffer.
+constexpr std::uint64_t chunkBytes = std::uint64_t(4) << 20;
+
+// The image is walked in its own memory order (z, then y, then x slowest) and the values
+// are scattered into the file order (x fastest): reads stream, writes stay in the buffer.
+template <class Out, class T>
+void fillFromImage(const Image<T>& image, const std::vector<std::uint32_t>& components,
+                   const VoxelBox& box, Out* out) {
+  const std::size_t nc = components.size();
+  const std::uint64_t nx = box.size(0), ny = box.size(1);
+  const std::uint64_t zStride = nx * ny * nc;
+  for (std::uint64_t x = box.begin[0]; x < box.end[0]; ++x)
+    for (std::uint64_t y = box.begin[1]; y < box.end[1]; ++y) {
+      const T* voxel = image.voxelPointer(x, y, box.begin[2]);
+      Out* target = out + ((y - box.begin[1]) * nx + (x - box.begin[0])) * nc;
+      for (std::uint64_t z = box.begin[2]; z < box.end[2]; ++z) {
+        for (std::size_t c = 0; c < nc; ++c) target[c] = convertElement<Out>(voxel[components[c]]);
+        voxel += image.strideZ;
+        target += zStride;
+      }
+    }
+}
+
+template <class T>
+DataWriter::ValueFiller imageFiller(const std::string& name, const Image<T>& image,
+                                    std::vector<std::uint32_t> components, int dataType) {
+  for (const std::uint32_t c : components)
+    if (c >= image.getNumberOfComponents())
+      fatal("DataWriter: the field " + name + " asks for component " + std::to_string(c) +
+            " of an image with " + std::to_string(image.getNumberOfComponents()) +
+            " components");
+  return [&image, name, components = std::move(components), dataType](const VoxelBox& box,
+                                                                     char* buffer) {
+    // The image holds the planes [xOffset, xOffset + stored planes); a box outside them is
+    // a mismatch of the caller's slab and the writer's grid.
+    const std::uint64_t planes = image.strideX == 0 ? 0 : image.size() / image.strideX;
+    if (box.begin[0] < image.xOffset || box.end[0] > image.xOffset + planes ||
+        box.end[1] > image.sizeY || box.end[2] > image.sizeZ)
+      fatal("DataWriter: the field " + name + " does not cover the written grid: it holds " +
+            std::to_string(planes) + " x " + std::to_string(image.sizeY) + " x " +
+            std::to_string(image.sizeZ) + " voxels from x = " + std::to_string(image.xOffset));
+    switch (dataType) {
+      case DataWriter::UInt8:
+        fillFromImage(image, components, box, reinterpret_cast<unsigned char*>(buffer));
+        break;
+      case DataWriter::Int32:
+        fillFromImage(image, components, box, reinterpret_cast<std::int32_t*>(buffer));
+        break;
+      default:
+        fillFromImage(image, components, box, reinterpret_cast<float*>(buffer));
+        break;
+    }
+  };
+}
+
+void swapElements(char* data, std::uint64_t bytes, std::uint32_t elementBytes) {
+  if (elementBytes < 2) return;
+  for (std::uint64_t i = 0; i + elementBytes <= bytes; i += elementBytes)
+    std::reverse(data + i, data + i + elementBytes);
+}
+
+}  // namespace
+
+DataWriter::DataWriter(std::string name, const std::array<std::int64_t, 6>& extent,
+                       const std::array<double, 3>& s, const std::array<double, 3>& o)
+    : fileName(std::move(name)), gridExtent(extent), spacing(s), origin(o) {
+  for (int axis = 0; axis < 3; ++axis)
+    if (extent[2 * axis + 1] < extent[2 * axis])
+      fatal("DataWriter: the extent of " + fileName + " has an upper index below the lower one");
+}
+
+std::string DataWriter::vtiTypeName(int dataType) {
+  switch (dataType) {
+    case UInt8: return "UInt8";
+    case Int32: return "Int32";
+    case Float: case Float3: case Float4: return "Float32";
+    default: throw std::invalid_argument("Invalid type specified");
+  }
+}
+
+std::string DataWriter::vtkTypeName(int dataType) {
+  switch (dataType) {
+    case UInt8: return "unsigned_char";
+    case Int32: return "int";
+    case Float: case Float3: case Float4: return "float";
+    default: throw std::invalid_argument("Invalid type specified");
+  }
+}
+
+std::uint32_t DataWriter::typeBytes(int dataType) {
+  switch (dataType) {
+    case UInt8: return 1;
+    case Int32: case Float: case Float3: case Float4: return 4;
+    default: throw std::invalid_argument("Invalid type specified");
+  }
+}
+
+std::string DataWriter::formatNumber(double value) {
+  char text[64];
+  const auto result = std::to_chars(text, text + sizeof text, value);
+  return std::string(text, result.ptr);
+}
+
+bool DataWriter::warnIfTooLarge(std::uint64_t sizeX, std::uint64_t sizeY, std::uint64_t sizeZ) {
+  const unsigned __int128 voxels = static_cast<unsigned __int128>(sizeX) * sizeY * sizeZ;
+  if (voxels <= 2146688999u) return false;
+  std::cerr << "Too many geometry points, exceeds VTI capabilities\nThe file will be saved "
+               "anyway, but it is a broken file and maybe cannot be opened correctly.\n";
+  std::cerr.flush();
+  return true;
+}
+
+std::uint64_t DataWriter::gridSize(int axis) const {
+  return static_cast<std::uint64_t>(gridExtent[2 * axis + 1] - gridExtent[2 * axis]) +
+         (pointData ? 1 : 0);
+}
+
+void DataWriter::addSectionField(bool point, Field field) {
+  // Every kind is checked when it is registered, so that a bad kind is found before a file
+  // is half written.
+  typeBytes(field.dataType);
+  if (!fields.empty() && point != pointData)
+    fatal("DataWriter: the field " + field.name + " of " + fileName +
+          " mixes point data and cell data in one file");
+  if (field.components.empty())
+    fatal("DataWriter: the field " + field.name + " of " + fileName + " has no components");
+  pointData = point;
+  fields.push_back(std::move(field));
+}
+
+void DataWriter::addField(const std::string& name, Hook beforeWrite, Hook afterWrite,
+                          ValueFiller getValues, const std::vector<std::uint32_t>& components,
+                          int dataType, const std::string& units,
+                          const std::string& description) {
+  addCellField(name, std::move(beforeWrite), std::move(afterWrite), std::move(getValues),
+               components, dataType, units, description);
+}
+
+void DataWriter::addCellField(const std::string& name, Hook beforeWrite, Hook afterWrite,
+                              ValueFiller getValues, const std::vector<std::uint32_t>& components,
+                              int dataType, const std::string& units,
+                              const std::string& description) {
+  addSectionField(false, Field{name, std::move(beforeWrite), std::move(afterWrite),
+                               std::move(getValues), components, dataType, units, description});
+}
+
+void DataWriter::addPointField(const std::string& name, Hook beforeWrite, Hook afterWrite,
+                               ValueFiller getValues,
+                               const std::vector<std::uint32_t>& components, int dataType,
+                               const std::string& units, const std::string& description) {
+  addSectionField(true, Field{name, std::move(beforeWrite), std::move(afterWrite),
+                              std::move(getValues), components, dataType, units, description});
+}
+
+void DataWriter::addImageField(const std::string& name, const Image<double>& image,
+                               const std::vector<std::uint32_t>& components, int dataType,
+                               const std::string& units, const std::string& description,
+                               bool point) {
+  typeBytes(dataType);
+  addSectionField(point, Field{name, {}, {}, imageFiller(name, image, components, dataType),
+                               components, dataType, units, description});
+}
+
+void DataWriter::addImageField(const std::string& name, const Image<Colour>& image,
+                               const std::vector<std::uint32_t>& components, int dataType,
+                               const std::string& units, const std::string& description,
+                               bool point) {
+  typeBytes(dataType);
+  addSectionField(point, Field{name, {}, {}, imageFiller(name, image, components, dataType),
+                               components, dataType, units, description});
+}
+
+std::uint64_t DataWriter::fieldBytes(const Field& field, const VoxelBox& box) {
+  return box.count() * field.components.size() * typeBytes(field.dataType);
+}
+
+void DataWriter::writeFieldValues(const Field& field, const VoxelBox& box, AbstractFile& out,
+                                  bool bigEndian) const {
+  if (box.count() == 0) return;
+  const std::uint32_t elementBytes = typeBytes(field.dataType);
+  const std::uint64_t planeBytes =
+      box.size(0) * box.size(1) * field.components.size() * elementBytes;
+  const std::uint64_t planesPerChunk = std::max<std::uint64_t>(1, chunkBytes / planeBytes);
+  std::vector<char> buffer(std::min(planesPerChunk, box.size(2)) * planeBytes);
+  const bool swap = bigEndian != (std::endian::native == std::endian::big);
+  for (std::uint64_t z = box.begin[2]; z < box.end[2]; z += planesPerChunk) {
+    VoxelBox chunk = box;
+    chunk.begin[2] = z;
+    chunk.end[2] = std::min(box.end[2], z + planesPerChunk);
+    const std::uint64_t bytes = chunk.size(2) * planeBytes;
+    field.getValues(chunk, buffer.data());
+    if (swap) swapElements(buffer.data(), bytes, elementBytes);
+    out.write(buffer.data(), static_cast<std::int64_t>(bytes));
+  }
+}
+
+}  // namespace gridmoor
