@@ -53,10 +53,10 @@ TEST_P(EndToEnd, Case) {
   fs::create_directories(work / "run");
   fs::copy(source, work / "run", fs::copy_options::recursive);
 
-  std::ifstream spec(source / "case.txt");
+  std::ifstream expectations(source / "case.txt");
   std::vector<std::string> lines;
   std::string arguments;
-  for (std::string line; std::getline(spec, line);) {
+  for (std::string line; std::getline(expectations, line);) {
     if (line.empty() || line[0] == '#') continue;
     if (line.rfind("args", 0) == 0) {
       std::istringstream words(line.substr(4));
