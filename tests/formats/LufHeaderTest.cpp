@@ -2,32 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
-#include <unistd.h>
 
-namespace fs = std::filesystem;
+#include "FieldFileTestSupport.h"
+
 using namespace gridmoor;
 
 namespace {
 
-class LufHeaderFiles : public ::testing::Test {
+class LufHeaderFiles : public gridmoor::testing::ScratchDirectory {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "lufXXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    dir_ = pattern;
+  std::string write(const std::string& name, const std::string& bytes) const {
+    writeBytes(path(name), bytes);
+    return path(name);
   }
-  void TearDown() override { fs::remove_all(dir_); }
-  std::string write(const std::string& name, const std::string& bytes) {
-    const std::string path = (dir_ / name).string();
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
-  }
-  fs::path dir_;
 };
 
 // A header as the field writers make it, followed by binary data.
@@ -114,7 +103,7 @@ TEST_F(LufHeaderFiles, LinesWithBlanksInTheValueVanish) {
 }
 
 TEST_F(LufHeaderFiles, BrokenFilesEndWithTheirMessages) {
-  EXPECT_EXIT(LufHeaderReader((dir_ / "absent.lof").string()), ::testing::ExitedWithCode(1),
+  EXPECT_EXIT(LufHeaderReader(path("absent.lof")), ::testing::ExitedWithCode(1),
               "^File .*absent.lof can not be opened\n$");
 
   const std::string noLength = write("d.lof", "Nx 1\nNy 1\n\n\x7f\x00\x01");

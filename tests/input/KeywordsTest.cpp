@@ -116,8 +116,6 @@ TEST(KeywordsSchema, VersionSelectsPathOrLoadSchema) {
     EXPECT_EQ(kw.macroscopicEigenstrainValues.key,
               load ? "input/Load/MacroscopicEigenstrainValues"
                    : "input/Solution/MacroscopicEigenstrainValues");
-    EXPECT_EQ(kw.maxIter.key, "input/Solution/maxIter");
-    EXPECT_EQ(kw.stressComponents.key, "Postprocessing/StressComponents");
   }
 }
 
@@ -140,7 +138,6 @@ TEST(KeywordsSchema, FlatSharedKeysFillEveryMemberByItsOwnType) {
   EXPECT_EQ(kw.nThreads(), 0);
 
   KeyWordsLattora keysOnly;  // nothing read; a later read uses the flat keys
-  EXPECT_EQ(keysOnly.linearizeWithNR.key, "input/Solution/linearizeWithNR");
   setKey(root, "input/NumberOfThreads", "3");
   keysOnly.readParameters(root);
   EXPECT_EQ(keysOnly.nThreads(), 3);

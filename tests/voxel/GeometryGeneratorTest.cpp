@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 #include <numbers>
-#include <unistd.h>
 
-namespace fs = std::filesystem;
 using namespace gridmoor;
 
 namespace {
@@ -53,7 +50,6 @@ TEST(GeometryGenerator, ParsesShapesSizesAndColours) {
   EXPECT_EQ(cube.size, (std::array<std::uint64_t, 3>{16, 16, 16}));
   EXPECT_EQ(cube.axis, 0);  // laminate normal defaults to x
   EXPECT_TRUE(parse({"--help"}).help);
-  EXPECT_NE(generatorUsage().find("random-fibres"), std::string::npos);
 }
 
 TEST(GeometryGeneratorDeathTest, BadArgumentsEndWithOneLine) {
@@ -203,23 +199,4 @@ TEST(GeometryGenerator, RandomInclusionsAreReproducibleAndNeverOverlap) {
   generateGeometry(other, x);
   generateGeometry(same, y);
   EXPECT_FALSE(std::equal(x.begin(), x.end(), y.begin(), y.end()));
-}
-
-TEST(GeometryGenerator, GeneratedFibresReadBackFromLdt) {
-  std::string pattern = (fs::temp_directory_path() / "generatorXXXXXX").string();
-  ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-  const std::string file = pattern + "/fibres.ldt";
-  ColorImage image("fibres");
-  make({"random-fibres", "--size", "20", "18", "300", "--radius", "2.5", "--fraction", "0.3",
-        "--voxel-length", "0.002", "--output", file}, image);
-  ::testing::internal::CaptureStdout();
-  image.writeLdt(file);
-  ColorImage back("back");
-  back.readLdt(file, 0, "None");
-  ::testing::internal::GetCapturedStdout();
-  EXPECT_TRUE(std::equal(image.begin(), image.end(), back.begin(), back.end()));
-  EXPECT_EQ(back.resolutionX, 0.002);
-  // Two pairs per line (300 = 255 + 45), whatever the colour.
-  EXPECT_EQ(fs::file_size(file), 20 + 20 * 18 * 4 + std::string("\nNX 20\nNY 18\nNZ 300\n\nVoxelLength 2.000000e-03\n").size());
-  fs::remove_all(pattern);
 }

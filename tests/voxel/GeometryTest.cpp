@@ -4,10 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
-#include <unistd.h>
 
+#include "../formats/FieldFileTestSupport.h"
 #include "voxel/GeometryGenerator.h"
 
 namespace fs = std::filesystem;
@@ -18,16 +17,8 @@ using ::testing::internal::GetCapturedStdout;
 
 namespace {
 
-class GeometryFiles : public ::testing::Test {
+class GeometryFiles : public gridmoor::testing::ScratchDirectory {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "geometryXXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    dir_ = pattern;
-  }
-  void TearDown() override { fs::remove_all(dir_); }
-  std::string path(const std::string& name) const { return (dir_ / name).string(); }
-
   // A 6 x 10 x 4 laminate, normal y: planes y < 3 of colour 9, the rest colour 4.
   std::string writeLaminate() {
     GeneratorOptions options;
@@ -46,13 +37,20 @@ class GeometryFiles : public ::testing::Test {
     GetCapturedStdout();
     return file;
   }
-  fs::path dir_;
 };
 
 std::string quietly(const std::function<void()>& f) {
   CaptureStdout();
   f();
   return GetCapturedStdout();
+}
+
+// Reading the geometry file ends the run with the message.
+template <class G = StaticGeometry>
+void readingDies(const std::string& mode, std::array<std::uint64_t, 3> target, const std::string& file,
+                 const std::string& message) {
+  EXPECT_EXIT(G().readAndResample(1, mode, target, false, file), ::testing::ExitedWithCode(1), message)
+      << file;
 }
 
 // A 2 x 1 x 2 grid of colours 1 and 2 with one hybrid voxel of colour 5 mixing them.
@@ -87,8 +85,6 @@ TEST_F(GeometryFiles, LaminateFractionsAndDominatingColourAreExact) {
   EXPECT_EQ(g->getSizeY(), 10u);
   EXPECT_EQ(g->getSizeZ(), 4u);
   EXPECT_EQ(g->getResolutionZ(), 0.5);
-  EXPECT_EQ(g->RealVoxelImage.getName(), "RealVoxelImage");
-  EXPECT_TRUE(g->RealVoxelImage.getImageFlag());
   ASSERT_EQ(g->originalColors.size(), 2u);
   for (std::size_t i = 0; i < g->originalColors.size(); ++i)
     EXPECT_EQ(g->colorIndex.at(g->originalColors[i]), i);
@@ -121,46 +117,22 @@ TEST_F(GeometryFiles, ResamplingModesAndTargetSizes) {
     EXPECT_EQ(std::vector<Colour>(g.RealVoxelImage.begin(), g.RealVoxelImage.end()),
               std::vector<Colour>(g.originalVoxelImage.begin(), g.originalVoxelImage.end()));
   }
-  EXPECT_EXIT(
-      {
-        StaticGeometry g;
-        g.readAndResample(1, "Bogus", {3, 0, 0}, false, file);
-      },
-      ::testing::ExitedWithCode(1), "^ERROR: \\(Geometry\\) Unknown resampling mode.\n$");
-  EXPECT_EXIT(
-      {
-        StaticGeometry g;
-        g.readAndResample(1, "Naive", {3, 0, 0}, false, file);
-      },
-      ::testing::ExitedWithCode(1), "^ERROR: \\(Geometry\\) Resampling to another grid is not available");
+  readingDies("Bogus", {3, 0, 0}, file, "^ERROR: \\(Geometry\\) Unknown resampling mode.\n$");
+  readingDies("Naive", {3, 0, 0}, file, "^ERROR: \\(Geometry\\) Resampling to another grid is not available");
 }
 
 TEST_F(GeometryFiles, SuffixSelectsTheReader) {
   const std::string ldt = writeLaminate();
   const std::string renamed = path("laminate.LDT");
   fs::copy_file(ldt, renamed);
-  EXPECT_EXIT(
-      {
-        StaticGeometry g;
-        g.load(0, renamed, "None", false, 1);
-      },
-      ::testing::ExitedWithCode(1), "^ERROR: \\(Geometry\\) Unknown Filenamesuffix for the original voxelImage.\n$");
-  EXPECT_EXIT(
-      {
-        DynamicGeometry g;
-        g.load(0, path("dir.ldt/noext"), "None", false, 1);
-      },
-      ::testing::ExitedWithCode(1), "Unknown Filenamesuffix");
-  EXPECT_EXIT(
-      {
-        StaticGeometry g;
-        g.load(0, path("image.vti"), "None", false, 1);
-      },
-      ::testing::ExitedWithCode(1), "^Could not open the vti file .*image.vti\n$");
+  readingDies("None", {0, 0, 0}, renamed,
+              "^ERROR: \\(Geometry\\) Unknown Filenamesuffix for the original voxelImage.\n$");
+  readingDies<DynamicGeometry>("None", {0, 0, 0}, path("dir.ldt/noext"), "Unknown Filenamesuffix");
+  readingDies("None", {0, 0, 0}, path("image.vti"), "^Could not open the vti file .*image.vti\n$");
 
   std::string rek(2048, '\0');
   rek[0] = 2, rek[2] = 1, rek[4] = 8, rek[6] = 1;
-  std::ofstream(path("two.rek"), std::ios::binary) << rek << "\x03\x08";
+  writeBytes(path("two.rek"), rek + "\x03\x08");
   StaticGeometry g;
   quietly([&] { g.readAndResample(1, "None", {0, 0, 0}, false, path("two.rek")); });
   EXPECT_EQ(g.getSizeX(), 2u);
@@ -205,7 +177,6 @@ TEST(Geometry, HybridVoxelsReadTheirFractionTable) {
   g.setVolumeFractions(1, 0, 1, fractions);
   g.RealVoxelImage.resolutionY = 0.25;
   const auto dominating = g.makeDominatingColorImage();
-  EXPECT_EQ(dominating->getName(), "DominatingColorImage");
   EXPECT_EQ(dominating->resolutionY, 0.25);
   EXPECT_EQ(std::vector<Colour>(dominating->begin(), dominating->end()), (std::vector<Colour>{1, 1, 2, 2}));
 
