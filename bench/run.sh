@@ -44,3 +44,7 @@ for run in "${runs[@]}" "${late[@]}"; do
   read -r size planner threads <<<"$run"
   "$BUILD/fft_transform_pair" "$size" "$planner" "$threads" "$COMPONENTS" "$MIN_SECONDS"
 done
+
+echo
+SIZES="$(for s in $SIZES; do [[ $s -le 128 ]] && printf '%s ' "$s"; done)" BUILD="$BUILD" \
+  THREADS="$THREADS" MIN_SECONDS="$MIN_SECONDS" bench/green_operators.sh

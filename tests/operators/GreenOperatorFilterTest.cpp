@@ -57,9 +57,11 @@ struct FilteredPair {
 FilteredPair gamma0WithAndWithout(G discretisation, FilterType filter) {
   const auto input = randomSpectrum(6, kGrid, 51);
   FilteredPair r{copyOf(*input), copyOf(*input)};
-  DiscreteGreenOperator::create(GreenOperatorSettings::of(discretisation, FilterType::None, false, kVoxel), kGrid)
+  DiscreteGreenOperator::create(
+      GreenOperatorSettings::of(discretisation, FilterType::None, false, kVoxel), kGrid)
       ->applyGamma0(*r.plain, kReference);
-  DiscreteGreenOperator::create(GreenOperatorSettings::of(discretisation, filter, true, kVoxel), kGrid)
+  DiscreteGreenOperator::create(GreenOperatorSettings::of(discretisation, filter, true, kVoxel),
+                                kGrid)
       ->applyGamma0(*r.filtered, kReference);
   return r;
 }
@@ -111,7 +113,8 @@ TEST(GreenOperatorFilter, NonConsistentBasicIsTheFilteredAliasSum) {
           Eigen::Vector3d xi;
           for (int d = 0; d < 3; ++d) {
             const auto n = static_cast<std::int64_t>(kGrid[static_cast<std::size_t>(d)]);
-            const double f = static_cast<double>(signedFrequency(static_cast<std::int64_t>(m[d]), n) + a[d] * n);
+            const double f =
+                static_cast<double>(signedFrequency(static_cast<std::int64_t>(m[d]), n) + a[d] * n);
             xi[d] = 2.0 * kPi * f / static_cast<double>(n) / kVoxel[static_cast<std::size_t>(d)];
             filter *= std::pow(std::cos(f * kPi / (2.0 * static_cast<double>(n))), 2);
           }

@@ -53,12 +53,14 @@ void expectSameResult(const DiscreteGreenOperator& a, const DiscreteGreenOperato
 
 void expectSameTensorOperators(const DiscreteGreenOperator& a, const DiscreteGreenOperator& b,
                                Index components) {
-  expectSameResult(a, b, components,
-                   [](const DiscreteGreenOperator& op, FFTImage& f) { op.applyGamma0(f, kReference); },
-                   "Gamma0");
-  expectSameResult(a, b, components,
-                   [](const DiscreteGreenOperator& op, FFTImage& f) { op.applyDelta0(f, kReference); },
-                   "Delta0");
+  expectSameResult(
+      a, b, components,
+      [](const DiscreteGreenOperator& op, FFTImage& f) { op.applyGamma0(f, kReference); },
+      "Gamma0");
+  expectSameResult(
+      a, b, components,
+      [](const DiscreteGreenOperator& op, FFTImage& f) { op.applyDelta0(f, kReference); },
+      "Delta0");
 }
 
 void expectSameOperators(const DiscreteGreenOperator& a, const DiscreteGreenOperator& b,
@@ -78,10 +80,10 @@ void expectSameOperators(const DiscreteGreenOperator& a, const DiscreteGreenOper
 class GreenOperatorForms : public ::testing::TestWithParam<G> {};
 
 TEST_P(GreenOperatorForms, SpecializedAndGeneralFormsAgree) {
-  const auto specialized =
-      DiscreteGreenOperator::create(GreenOperatorSettings::of(GetParam(), FilterType::None, true, kVoxel), kGrid);
-  const auto general =
-      DiscreteGreenOperator::create(GreenOperatorSettings::of(GetParam(), FilterType::None, false, kVoxel), kGrid);
+  const auto specialized = DiscreteGreenOperator::create(
+      GreenOperatorSettings::of(GetParam(), FilterType::None, true, kVoxel), kGrid);
+  const auto general = DiscreteGreenOperator::create(
+      GreenOperatorSettings::of(GetParam(), FilterType::None, false, kVoxel), kGrid);
   ASSERT_TRUE(specialized->isSpecialized());
   ASSERT_FALSE(general->isSpecialized());
   expectSameOperators(*specialized, *general, 6);
@@ -90,14 +92,17 @@ TEST_P(GreenOperatorForms, SpecializedAndGeneralFormsAgree) {
 INSTANTIATE_TEST_SUITE_P(GreenOperator, GreenOperatorForms,
                          ::testing::Values(G::Basic, G::ForwardDifference, G::CentralDifference,
                                            G::BackwardDifference, G::StaggeredGrid, G::TrilinearFE),
-                         [](const ::testing::TestParamInfo<G>& info) { return wordOf(info.param); });
+                         [](const ::testing::TestParamInfo<G>& info) {
+                           return wordOf(info.param);
+                         });
 
 TEST(GreenOperatorElements, TrilinearVectorsAgreeAtTheCentreAndWithoutHourglassStiffness) {
   const auto reduced = DiscreteGreenOperator::create(
       GreenOperatorSettings::of(G::TrilinearFE, FilterType::None, false, kVoxel), kGrid);
   // The full element's corner sum at the centre point is the reduced element's vector times
   // a phase of modulus one, which the operators on tensors do not see.
-  GreenOperatorSettings centred = GreenOperatorSettings::of(G::Q1FE, FilterType::None, false, kVoxel);
+  GreenOperatorSettings centred =
+      GreenOperatorSettings::of(G::Q1FE, FilterType::None, false, kVoxel);
   centred.mainRule = IntegrationRule::centre();
   expectSameTensorOperators(*reduced, *DiscreteGreenOperator::create(centred, kGrid), 6);
   // Hourglass points without stiffness add nothing.
@@ -146,7 +151,8 @@ TEST(GreenOperatorProjector, BasicAppliedTwiceEqualsOnce) {
 class GreenOperatorLaminate : public ::testing::TestWithParam<G> {};
 
 TEST_P(GreenOperatorLaminate, StrainOfALaminateIsExact) {
-  const GreenOperatorSettings settings = GreenOperatorSettings::of(GetParam(), FilterType::None, true, kVoxel);
+  const GreenOperatorSettings settings =
+      GreenOperatorSettings::of(GetParam(), FilterType::None, true, kVoxel);
   const auto op = DiscreteGreenOperator::create(settings, kGrid);
   const Index points = settings.mainRule.count;
   const double hl = GetParam() == G::Hex8RHourGlassControl ? kReference.lambdaHourglass : 0.0;
@@ -170,7 +176,9 @@ TEST_P(GreenOperatorLaminate, StrainOfALaminateIsExact) {
     }
     FFTImage field(6 * points, kGrid[0], kGrid[1], kGrid[2], "laminate");
     field.createPlans("Estimate");
-    const auto planeOf = [&](Index i, Index j, Index k) { return axis == 0 ? i : axis == 1 ? j : k; };
+    const auto planeOf = [&](Index i, Index j, Index k) {
+      return axis == 0 ? i : axis == 1 ? j : k;
+    };
     for (Index i = 0; i < kGrid[0]; ++i)
       for (Index j = 0; j < kGrid[1]; ++j)
         for (Index k = 0; k < kGrid[2]; ++k)
@@ -201,7 +209,9 @@ INSTANTIATE_TEST_SUITE_P(GreenOperator, GreenOperatorLaminate,
                          ::testing::Values(G::Basic, G::ForwardDifference, G::CentralDifference,
                                            G::BackwardDifference, G::StaggeredGrid, G::TrilinearFE,
                                            G::Q1FE, G::Hex8RHourGlassControl, G::Helmholtz),
-                         [](const ::testing::TestParamInfo<G>& info) { return wordOf(info.param); });
+                         [](const ::testing::TestParamInfo<G>& info) {
+                           return wordOf(info.param);
+                         });
 
 }  // namespace
 }  // namespace gridmoor::test

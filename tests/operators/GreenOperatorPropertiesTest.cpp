@@ -47,7 +47,8 @@ class GreenOperatorBalance : public ::testing::TestWithParam<Case> {
     divergence = divergenceMatrices(*op, kGrid);
     // The hourglass points' gradient, read off a trilinear element integrated at them.
     if (settings.hourglassRule.count > 0) {
-      GreenOperatorSettings q1 = GreenOperatorSettings::of(G::Q1FE, FilterType::None, false, kVoxel);
+      GreenOperatorSettings q1 =
+          GreenOperatorSettings::of(G::Q1FE, FilterType::None, false, kVoxel);
       q1.mainRule = settings.hourglassRule;
       hourglassDivergence = divergenceMatrices(*DiscreteGreenOperator::create(q1, kGrid), kGrid);
     }
@@ -73,11 +74,11 @@ class GreenOperatorBalance : public ::testing::TestWithParam<Case> {
       Eigen::Vector3cd residual = divergence[n] * stress;
       double scale = divergence[n].norm() * stress.norm();
       if (!hourglassDivergence.empty()) {
-        const Eigen::MatrixXcd bh = gradientFromDivergence(hourglassDivergence[n],
-                                                           settings.hourglassRule);
-        const Eigen::MatrixXd ch = pointwise(
-            stiffnessMatrix(kReference.lambdaHourglass, kReference.muHourglass),
-            settings.hourglassRule.count);
+        const Eigen::MatrixXcd bh =
+            gradientFromDivergence(hourglassDivergence[n], settings.hourglassRule);
+        const Eigen::MatrixXd ch =
+            pointwise(stiffnessMatrix(kReference.lambdaHourglass, kReference.muHourglass),
+                      settings.hourglassRule.count);
         // A_hg u = sum_p w_p B_p^H C_hg B_p u = -D_hg C_hg B_hg u.
         const Eigen::Vector3cd hourglass = -hourglassDivergence[n] * (ch * (bh * u));
         residual -= hourglass;

@@ -97,7 +97,8 @@ std::vector<SpectrumCase> realFieldCases() {
   return cases;
 }
 
-INSTANTIATE_TEST_SUITE_P(GreenOperator, GreenOperatorRealField, ::testing::ValuesIn(realFieldCases()),
+INSTANTIATE_TEST_SUITE_P(GreenOperator, GreenOperatorRealField,
+                         ::testing::ValuesIn(realFieldCases()),
                          [](const ::testing::TestParamInfo<SpectrumCase>& info) {
                            return wordOf(info.param.discretisation) +
                                   (info.param.grid[0] % 2 == 0 ? "Even" : "Odd");
@@ -127,7 +128,8 @@ TEST(GreenOperatorStencils, DivergenceIsTheStencilOfItsScheme) {
     const std::vector<double> original = copyValues(stress);
     const auto at = [&](Index c, std::int64_t i, std::int64_t j, std::int64_t k) {
       const auto wrap = [](std::int64_t m, Index n) {
-        return static_cast<Index>((m + static_cast<std::int64_t>(n)) % static_cast<std::int64_t>(n));
+        return static_cast<Index>((m + static_cast<std::int64_t>(n)) %
+                                  static_cast<std::int64_t>(n));
       };
       return original[stress.elementIndex(c, wrap(i, g[0]), wrap(j, g[1]), wrap(k, g[2]))];
     };
@@ -156,7 +158,8 @@ TEST(GreenOperatorStencils, DivergenceIsTheStencilOfItsScheme) {
                           : s == Backward ? (here - previous) / h
                                           : (next - previous) / (2.0 * h);
             }
-            worst = std::max(worst, std::abs(*stress.elementPointer(static_cast<Index>(r), i, j, k) - expected));
+            worst = std::max(
+                worst, std::abs(*stress.elementPointer(static_cast<Index>(r), i, j, k) - expected));
           }
     EXPECT_LT(worst, 1e-13) << wordOf(scheme.discretisation);
   }

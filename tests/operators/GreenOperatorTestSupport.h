@@ -52,7 +52,8 @@ inline std::unique_ptr<FFTImage> copyOf(const FFTImage& f) {
 inline Eigen::VectorXcd valuesAt(const FFTImage& f, const Frequency& q) {
   Eigen::VectorXcd v(static_cast<Eigen::Index>(f.nComponents));
   for (Index c = 0; c < f.nComponents; ++c)
-    v[static_cast<Eigen::Index>(c)] = Cd(f.realPart(c, q.i, q.j, q.l), f.imagPart(c, q.i, q.j, q.l));
+    v[static_cast<Eigen::Index>(c)] =
+        Cd(f.realPart(c, q.i, q.j, q.l), f.imagPart(c, q.i, q.j, q.l));
   return v;
 }
 
@@ -107,7 +108,8 @@ inline std::vector<Eigen::MatrixXcd> divergenceMatrices(const DiscreteGreenOpera
 inline Eigen::MatrixXcd gradientFromDivergence(const Eigen::MatrixXcd& d,
                                                const IntegrationRule& rule) {
   Eigen::MatrixXcd b = -d.adjoint();
-  for (Index p = 0; p < rule.count; ++p) b.middleRows(6 * static_cast<Eigen::Index>(p), 6) /= rule.weights[p];
+  for (Index p = 0; p < rule.count; ++p)
+    b.middleRows(6 * static_cast<Eigen::Index>(p), 6) /= rule.weights[p];
   return b;
 }
 
