@@ -71,20 +71,20 @@ GRIDMOOR_HOT inline void add(const ComplexValue* values, std::size_t count, doub
 }
 
 // The divergence is the same in both forms: the weighted sum over the main points.
-template <GreenOperatorType V, bool Tables>
+template <GreenOperatorType V>
 void divergenceLoop(FFTImage& field, const AxisTables& tables, const IntegrationRule& mainRule,
                     const IntegrationRule& hourglassRule) {
   const std::size_t values = kTensorComponents * mainRule.count;
   double* data = field.data();
-  frequencyLoop<V, Tables>(field, tables, mainRule, hourglassRule, false,
-                           [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-                             double* d = data + frequency * 2 * values;
-                             ComplexValue tau[kMaxValues];
-                             load(d, values, tau);
-                             ComplexValue force[kMaxValues] = {};
-                             getDivergenceInFourierSpace<V>(s, mainRule, tau, force);
-                             store(force, values, d);
-                           });
+  frequencyLoop<V, false>(field, tables, mainRule, hourglassRule, false,
+                          [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+                            double* d = data + frequency * 2 * values;
+                            ComplexValue tau[kMaxValues];
+                            load(d, values, tau);
+                            ComplexValue force[kMaxValues] = {};
+                            getDivergenceInFourierSpace<V>(s, mainRule, tau, force);
+                            store(force, values, d);
+                          });
 }
 
 // The closed forms: one point, no filter; product tables on.
@@ -149,7 +149,7 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
 
   void applyDivergence(FFTImage& tensor) const override {
     checkTensorField(tensor);
-    divergenceLoop<V, false>(tensor, tables_, settings_.mainRule, settings_.hourglassRule);
+    divergenceLoop<V>(tensor, tables_, settings_.mainRule, settings_.hourglassRule);
   }
 
  private:
@@ -229,7 +229,7 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
 
   void applyDivergence(FFTImage& tensor) const override {
     checkTensorField(tensor);
-    divergenceLoop<V, false>(tensor, tables_, mainRule(), hourglassRule());
+    divergenceLoop<V>(tensor, tables_, mainRule(), hourglassRule());
   }
 
  private:
