@@ -60,15 +60,16 @@ GRIDMOOR_HOT inline void closedFormAcousticInverse(const FrequencyState& s,
     }
 }
 
-// w = G f for the one-point discretisations with a closed form.
+// w = G f for the one-point discretisations with a closed form ("Basic" has its own
+// operators, real in xi).
 template <GreenOperatorType V>
 GRIDMOOR_HOT inline void applyAcousticInverse(const FrequencyState& s, const ReferenceConstants& r,
                                               const ComplexValue f[3], ComplexValue w[3]) {
-  if constexpr (V == GreenOperatorType::Basic || V == GreenOperatorType::StaggeredGrid) {
-    // Both tensors are mu S I + c k k^H (k = i xi for "Basic", c = lambda + mu), inverted by
-    // Sherman-Morrison: G = I / (mu S) - (lambda + mu) / (mu (lambda + 2 mu) S^2) k k^H. So G
-    // times the staggered tensor is the identity: the sign of the imaginary part of G (row r,
-    // column c) is that of kIm[r] kRe[c] - kRe[r] kIm[c], the entry of k k^H.
+  if constexpr (V == GreenOperatorType::StaggeredGrid) {
+    // The tensor is mu S I + (lambda + mu) k k^H, inverted by Sherman-Morrison:
+    // G = I / (mu S) - (lambda + mu) / (mu (lambda + 2 mu) S^2) k k^H. So G times the
+    // staggered tensor is the identity: the imaginary part of G at (r, c) has the sign of
+    // kIm[r] kRe[c] - kRe[r] kIm[c], the entry of k k^H.
     const double* kr = s.kRe[0];
     const double* ki = s.kIm[0];
     const double S = s.rr[0][0] + s.rr[1][1] + s.rr[2][2] + s.ii[0][0] + s.ii[1][1] + s.ii[2][2];

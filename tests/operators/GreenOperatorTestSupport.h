@@ -8,10 +8,15 @@
 #include <cmath>
 #include <complex>
 #include <memory>
+#include <ostream>
 #include <random>
 #include <vector>
 
 #include "operators/DiscreteGreenOperator.h"
+
+namespace gridmoor {
+inline void PrintTo(GreenOperatorType v, std::ostream* os) { *os << wordOf(v); }
+}  // namespace gridmoor
 
 namespace gridmoor::test {
 
