@@ -102,7 +102,7 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
       double* d = data + frequency * 2 * kTensorComponents;
       ComplexValue tau[kTensorComponents];
       load(d, kTensorComponents, tau);
-      gamma0Specialized<V>(s, r, tau);
+      Gamma0OperatorSpecialized<V>(s, r, tau);
       store(tau, kTensorComponents, d);
     });
   }
@@ -114,7 +114,7 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
       double* d = data + frequency * 2 * kTensorComponents;
       ComplexValue tau[kTensorComponents];
       load(d, kTensorComponents, tau);
-      delta0Specialized<V>(s, r, tau);
+      Delta0OperatorSpecialized<V>(s, r, tau);
       store(tau, kTensorComponents, d);
     });
   }
@@ -128,7 +128,7 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
       ComplexValue f[kForceComponents];
       load(in + frequency * 2 * kForceComponents, kForceComponents, f);
       ComplexValue e[kTensorComponents] = {};
-      psi0Specialized<V>(s, r, f, e);
+      Psi0OperatorSpecialized<V>(s, r, f, e);
       add(e, kTensorComponents, out + frequency * 2 * kTensorComponents);
     });
   }
@@ -142,7 +142,7 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
       ComplexValue f[kForceComponents];
       load(in + frequency * 2 * kForceComponents, kForceComponents, f);
       ComplexValue e[kTensorComponents] = {};
-      omega0Specialized<V>(s, r, f, e);
+      Omega0OperatorSpecialized<V>(s, r, f, e);
       add(e, kTensorComponents, out + frequency * 2 * kTensorComponents);
     });
   }
@@ -181,7 +181,7 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
       forEachAlias(s, i, j, l, [&](const FrequencyState& a, double filter) {
         HermitianMatrix3 g;
         generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r, g);
-        gamma0General<V>(a, mainRule(), g, tau, alias);
+        Gamma0Operator<V>(a, mainRule(), g, tau, alias);
         applyFilter(filter, alias, values, result);
       });
       store(result, values, d);
@@ -200,7 +200,7 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
       forEachAlias(s, i, j, l, [&](const FrequencyState& a, double filter) {
         HermitianMatrix3 g;
         generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r, g);
-        delta0General<V>(a, mainRule(), r, g, tau, work, alias);
+        Delta0Operator<V>(a, mainRule(), r, g, tau, work, alias);
         applyFilter(filter, alias, values, result);
       });
       store(result, values, d);
@@ -213,7 +213,7 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
     forceLoop(
         force, strain,
         [&](const FrequencyState& a, const HermitianMatrix3& g, const ComplexValue* f,
-            ComplexValue* out) { psi0General<V>(a, mainRule(), g, f, out); },
+            ComplexValue* out) { Psi0Operator<V>(a, mainRule(), g, f, out); },
         r);
   }
 
@@ -223,7 +223,7 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
     forceLoop(
         force, stress,
         [&](const FrequencyState& a, const HermitianMatrix3& g, const ComplexValue* f,
-            ComplexValue* out) { omega0General<V>(a, mainRule(), r, g, f, out); },
+            ComplexValue* out) { Omega0Operator<V>(a, mainRule(), r, g, f, out); },
         r);
   }
 

@@ -69,8 +69,8 @@ GRIDMOOR_HOT inline void symmetricGradient(const double kr[3], const double ki[3
 
 // In place: tau (stress-like) becomes -Gamma0 tau (strain-like).
 template <GreenOperatorType V>
-GRIDMOOR_HOT inline void gamma0Specialized(const FrequencyState& s, const ReferenceConstants& r,
-                                           ComplexValue* tau) {
+GRIDMOOR_HOT inline void Gamma0OperatorSpecialized(const FrequencyState& s,
+                                                   const ReferenceConstants& r, ComplexValue* tau) {
   if constexpr (V == GreenOperatorType::Basic) {
     // With k = i xi the operator is real: -[(xi_i t_j + xi_j t_i) / (2 mu |xi|^2)
     //   - c xi_i xi_j (xi . t) / |xi|^4], t_i = xi_j tau_ij, applied to both parts alike.
@@ -99,8 +99,10 @@ GRIDMOOR_HOT inline void gamma0Specialized(const FrequencyState& s, const Refere
 
 // Adds -B G force (strain-like) to strain.
 template <GreenOperatorType V>
-GRIDMOOR_HOT inline void psi0Specialized(const FrequencyState& s, const ReferenceConstants& r,
-                                         const ComplexValue force[3], ComplexValue* strain) {
+GRIDMOOR_HOT inline void Psi0OperatorSpecialized(const FrequencyState& s,
+                                                 const ReferenceConstants& r,
+                                                 const ComplexValue force[3],
+                                                 ComplexValue* strain) {
   if constexpr (V == GreenOperatorType::Basic) {
     // The operator is i M with the real 6 x 3 matrix M of entries
     // c xi_p xi_q xi_i / |xi|^4 - (delta_pi xi_q + delta_qi xi_p) / (2 mu |xi|^2), shear
@@ -130,23 +132,25 @@ GRIDMOOR_HOT inline void psi0Specialized(const FrequencyState& s, const Referenc
 
 // In place: tau (strain-like) becomes -(C0 - C0 Gamma0 C0) tau (stress-like).
 template <GreenOperatorType V>
-GRIDMOOR_HOT inline void delta0Specialized(const FrequencyState& s, const ReferenceConstants& r,
-                                           ComplexValue* tau) {
+GRIDMOOR_HOT inline void Delta0OperatorSpecialized(const FrequencyState& s,
+                                                   const ReferenceConstants& r, ComplexValue* tau) {
   ComplexValue u[kTensorComponents];
   applyReferenceStiffness(r, tau, u);
   ComplexValue g[kTensorComponents];
   for (std::size_t c = 0; c < kTensorComponents; ++c) g[c] = u[c];
-  gamma0Specialized<V>(s, r, g);
+  Gamma0OperatorSpecialized<V>(s, r, g);
   applyReferenceStiffness(r, g, tau);
   for (std::size_t c = 0; c < kTensorComponents; ++c) tau[c] = -tau[c] - u[c];
 }
 
 // Adds C0 (-B G force) (stress-like) to stress.
 template <GreenOperatorType V>
-GRIDMOOR_HOT inline void omega0Specialized(const FrequencyState& s, const ReferenceConstants& r,
-                                           const ComplexValue force[3], ComplexValue* stress) {
+GRIDMOOR_HOT inline void Omega0OperatorSpecialized(const FrequencyState& s,
+                                                   const ReferenceConstants& r,
+                                                   const ComplexValue force[3],
+                                                   ComplexValue* stress) {
   ComplexValue e[kTensorComponents] = {};
-  psi0Specialized<V>(s, r, force, e);
+  Psi0OperatorSpecialized<V>(s, r, force, e);
   ComplexValue c0e[kTensorComponents];
   applyReferenceStiffness(r, e, c0e);
   for (std::size_t c = 0; c < kTensorComponents; ++c) stress[c] += c0e[c];
@@ -171,9 +175,9 @@ GRIDMOOR_HOT inline void getDivergenceInFourierSpace(const FrequencyState& s,
 
 // out_p = -B_p G sum_q w_q B_q^H tau_q at every main point.
 template <GreenOperatorType V>
-GRIDMOOR_HOT inline void gamma0General(const FrequencyState& s, const IntegrationRule& mainRule,
-                                       const HermitianMatrix3& g, const ComplexValue* tau,
-                                       ComplexValue* out) {
+GRIDMOOR_HOT inline void Gamma0Operator(const FrequencyState& s, const IntegrationRule& mainRule,
+                                        const HermitianMatrix3& g, const ComplexValue* tau,
+                                        ComplexValue* out) {
   ComplexValue f[3], w[3];
   getDivergenceInFourierSpace<V>(s, mainRule, tau, f);
   // The divergence carries the minus sign that the operator also has: G f = -G B^H tau.
@@ -184,9 +188,9 @@ GRIDMOOR_HOT inline void gamma0General(const FrequencyState& s, const Integratio
 
 // out_p = -B_p G force at every main point.
 template <GreenOperatorType V>
-GRIDMOOR_HOT inline void psi0General(const FrequencyState& s, const IntegrationRule& mainRule,
-                                     const HermitianMatrix3& g, const ComplexValue force[3],
-                                     ComplexValue* out) {
+GRIDMOOR_HOT inline void Psi0Operator(const FrequencyState& s, const IntegrationRule& mainRule,
+                                      const HermitianMatrix3& g, const ComplexValue force[3],
+                                      ComplexValue* out) {
   ComplexValue w[3];
   applyHermitian(g, force, w);
   for (std::size_t i = 0; i < 3; ++i) w[i] = -w[i];
@@ -196,13 +200,13 @@ GRIDMOOR_HOT inline void psi0General(const FrequencyState& s, const IntegrationR
 
 // out = -(C0 - C0 Gamma0 C0) tau at every main point; `work` holds as many values as tau.
 template <GreenOperatorType V>
-GRIDMOOR_HOT inline void delta0General(const FrequencyState& s, const IntegrationRule& mainRule,
-                                       const ReferenceConstants& r, const HermitianMatrix3& g,
-                                       const ComplexValue* tau, ComplexValue* work,
-                                       ComplexValue* out) {
+GRIDMOOR_HOT inline void Delta0Operator(const FrequencyState& s, const IntegrationRule& mainRule,
+                                        const ReferenceConstants& r, const HermitianMatrix3& g,
+                                        const ComplexValue* tau, ComplexValue* work,
+                                        ComplexValue* out) {
   for (std::size_t p = 0; p < mainRule.count; ++p)
     applyReferenceStiffness(r, tau + p * kTensorComponents, work + p * kTensorComponents);
-  gamma0General<V>(s, mainRule, g, work, out);
+  Gamma0Operator<V>(s, mainRule, g, work, out);
   for (std::size_t p = 0; p < mainRule.count; ++p) {
     ComplexValue c0g[kTensorComponents];
     ComplexValue* o = out + p * kTensorComponents;
@@ -214,10 +218,10 @@ GRIDMOOR_HOT inline void delta0General(const FrequencyState& s, const Integratio
 
 // out = C0 (-B_p G force) at every main point.
 template <GreenOperatorType V>
-GRIDMOOR_HOT inline void omega0General(const FrequencyState& s, const IntegrationRule& mainRule,
-                                       const ReferenceConstants& r, const HermitianMatrix3& g,
-                                       const ComplexValue force[3], ComplexValue* out) {
-  psi0General<V>(s, mainRule, g, force, out);
+GRIDMOOR_HOT inline void Omega0Operator(const FrequencyState& s, const IntegrationRule& mainRule,
+                                        const ReferenceConstants& r, const HermitianMatrix3& g,
+                                        const ComplexValue force[3], ComplexValue* out) {
+  Psi0Operator<V>(s, mainRule, g, force, out);
   for (std::size_t p = 0; p < mainRule.count; ++p) {
     ComplexValue e[kTensorComponents];
     ComplexValue* o = out + p * kTensorComponents;
