@@ -21,14 +21,15 @@ struct PartialSums {
 
 }  // namespace
 
-ColourMeans averageOverColours(const Real* field, std::uint64_t components,
-                               std::uint64_t rowStride, const ColorImage& colours) {
+ColourMeans averageOverColours(const Real* field, std::uint64_t components, std::uint64_t rowStride,
+                               const ColorImage& colours) {
   const std::uint64_t sizeX = colours.getSizeX();
   const std::uint64_t sizeY = colours.sizeY;
   const std::uint64_t sizeZ = colours.sizeZ;
   if (rowStride < components * sizeZ) {
-    fatal("averageOverColours: row stride " + std::to_string(rowStride) + " is shorter than a row of " +
-          std::to_string(sizeZ) + " voxels with " + std::to_string(components) + " components");
+    fatal("averageOverColours: row stride " + std::to_string(rowStride) +
+          " is shorter than a row of " + std::to_string(sizeZ) + " voxels with " +
+          std::to_string(components) + " components");
   }
 
   std::vector<PartialSums> partials(static_cast<std::size_t>(omp_get_max_threads()));
@@ -58,8 +59,7 @@ ColourMeans averageOverColours(const Real* field, std::uint64_t components,
   }
 
   // Fractions and the overall mean are over the global grid: with one process the slab is it.
-  const Real total =
-      static_cast<Real>(colours.getGlobalSizeX()) * static_cast<Real>(sizeY * sizeZ);
+  const Real total = static_cast<Real>(colours.getGlobalSizeX()) * static_cast<Real>(sizeY * sizeZ);
   ColourMeans result;
   result.overall.assign(components, 0.0);
   for (std::size_t c = 0; c < kColourCount; ++c) {

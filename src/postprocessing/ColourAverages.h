@@ -25,7 +25,7 @@ struct ColourMeans {
 // number of doubles from one (x, y) row to the next, so a padded FFT field is read in place
 // (rowStride = components * sizeZ for an unpadded one). Both the field and the colour image
 // start at the first plane this process holds.
-ColourMeans averageOverColours(const Real* field, std::uint64_t components,
-                               std::uint64_t rowStride, const ColorImage& colours);
+ColourMeans averageOverColours(const Real* field, std::uint64_t components, std::uint64_t rowStride,
+                               const ColorImage& colours);
 
 }  // namespace gridmoor

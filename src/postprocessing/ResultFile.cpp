@@ -31,7 +31,8 @@ std::string withStepNumber(const std::string& path, int stepNumber) {
   const std::size_t slash = path.find_last_of("/\\");
   const std::size_t elementStart = slash == std::string::npos ? 0 : slash + 1;
   const std::size_t dot = path.find_last_of('.');
-  const std::string suffix = "_" + std::to_string(stepNumber);
+  std::string suffix(1, '_');
+  suffix += std::to_string(stepNumber);
   if (dot == std::string::npos || dot <= elementStart) return path + suffix;
   std::string named = path;
   named.insert(dot, suffix);
@@ -112,8 +113,8 @@ void writeLoad(std::ostream& out, const KeywordsElasticity& keywords, double tim
   const unsigned mask = keywords.mixedMask();
   for (int slot = 0; slot < 6; ++slot) {
     const std::string word = kind != LoadKind::StrainStress ? loadKindName(kind)
-                             : (mask & (1u << slot))       ? "Strain"
-                                                           : "Stress";
+                             : (mask & (1u << slot))        ? "Strain"
+                                                            : "Stress";
     writeScalar(out, "Parameter:Scalar:" + word + kVoigtWords[slot], load[slot]);
   }
 }
@@ -254,8 +255,7 @@ void writeSurfaceForces(std::ostream& out, const KeywordsElasticity& keywords,
 }
 
 void writeComputationalCosts(std::ostream& out, const KeywordsElasticity& keywords,
-                             std::uint64_t matrixVectorProducts,
-                             std::uint64_t newtonRaphsonSteps) {
+                             std::uint64_t matrixVectorProducts, std::uint64_t newtonRaphsonSteps) {
   if (!keywords.writeNumberOfMatrixVectorProductsAndNewtonRaphsonSteps()) return;
   out << "Scalar:ComputationalCosts:NumberOfMatrixVectorProducts " << matrixVectorProducts << '\n'
       << "Scalar:ComputationalCosts:NumberOfNewtonRaphsonSteps " << newtonRaphsonSteps << '\n';

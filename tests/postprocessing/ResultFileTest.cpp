@@ -232,8 +232,8 @@ TEST(ResultFileAverages, StressAndLargeStrainOrderTheirFamilies) {
                        0),
             0u);
   for (const char* line :
-       {"Vector:AverageGreenLagrangeStrain 1,0,0,0,0,0\n", "Vector:AverageSecondPKStress 2,0,0,0,0,0\n",
-        "Vector:AverageCauchyStress 0,0,0,0,0,0\n",
+       {"Vector:AverageGreenLagrangeStrain 1,0,0,0,0,0\n",
+        "Vector:AverageSecondPKStress 2,0,0,0,0,0\n", "Vector:AverageCauchyStress 0,0,0,0,0,0\n",
         "Scalar:VonMisesStrainStress:AverageVonMisesSecondPKStress 2\n",
         "Scalar:HydrostaticStrainStress:AverageHydrostaticCauchyStress 0\n",
         "Scalar:VolumeFractions:Material_3 1\n",
