@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cmath>
 #include <sstream>
 #include <string>
 
@@ -143,19 +142,6 @@ TEST(ResultFileLines, VectorMatrixAndMaskedRowFormat) {
             "Matrix:M:3  8.5,9.5,10.5,11.5\n"
             "Matrix:K:1  1.5,3.5\n"
             "Matrix:K:3  9.5,11.5\n");
-}
-
-TEST(ResultFileAverages, ScalarFormulas) {
-  // Uniaxial stress and pure shear: von Mises s and sqrt(3) t.
-  EXPECT_DOUBLE_EQ(vonMisesOfStress(std::array<Real, 6>{7, 0, 0, 0, 0, 0}), 7.0);
-  EXPECT_DOUBLE_EQ(vonMisesOfStress(std::array<Real, 6>{0, 0, 0, 0, 2, 0}), 2.0 * std::sqrt(3.0));
-  // Engineering shear g is a tensor shear of g / 2: von Mises g / sqrt(3).
-  EXPECT_DOUBLE_EQ(vonMisesOfStrain(std::array<Real, 6>{0, 0, 0, 0.3, 0, 0}), 0.3 / std::sqrt(3.0));
-  // Uniaxial strain e: deviator (2, -1, -1) e / 3, von Mises 2 e / 3.
-  EXPECT_DOUBLE_EQ(vonMisesOfStrain(std::array<Real, 6>{0.3, 0, 0, 0, 0, 0}), 0.2);
-  // A pure volume change has no deviator.
-  EXPECT_NEAR(vonMisesOfStress(std::array<Real, 6>{4, 4, 4, 0, 0, 0}), 0.0, 1e-15);
-  EXPECT_DOUBLE_EQ(hydrostaticPart(std::array<Real, 6>{1, 2, 6, 9, 9, 9}), 3.0);
 }
 
 TEST(ResultFileAverages, StrainRunWithTwoColoursAndAnEmptyOne) {
