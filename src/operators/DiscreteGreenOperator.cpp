@@ -1,0 +1,394 @@
+#include "operators/DiscreteGreenOperator.h"
+
+#include <omp.h>
+
+#include <cstddef>
+#include <string>
+
+#include "common/Fatal.h"
+#include "operators/ComplexValue.h"
+#include "operators/GreenOperatorKernels.h"
+#include "operators/SpectralFilter.h"
+
+namespace gridmoor {
+
+namespace {
+
+using Index = std::uint64_t;
+constexpr std::size_t kMaxValues = kTensorComponents * IntegrationRule::kMaxPoints;
+
+// Runs body(state, i, j, l, frequency) over the frequencies of this process, OpenMP static
+// over the first axis. Each axis level takes its factors when it is entered, so the work
+// that holds for the inner levels is done once there. `frequency` numbers the local
+// frequencies in memory order: a field with c values per voxel holds that frequency's
+// values from 2 c frequency on.
+template <GreenOperatorType V, bool Tables, class Body>
+void frequencyLoop(const FFTImage& field, const AxisTables& tables,
+                   const IntegrationRule& mainRule, const IntegrationRule& hourglassRule,
+                   bool skipZero, const Body& body) {
+  const Index nSecond = field.nSecond;
+  const Index nHalf = field.nThird / 2 + 1;
+#pragma omp parallel
+  {
+    FrequencyState s;
+    s.h = tables.voxelLength();
+    const IndexRange range = field.threadFirstRange();
+    for (Index i = range.begin; i < range.end; ++i) {
+      enterAxis<V, Tables>(s, 0, tables.at(0, 0, i));
+      for (Index j = 0; j < nSecond; ++j) {
+        enterAxis<V, Tables>(s, 1, tables.at(1, 0, j));
+        const Index rowFrequency = ((i - field.firstOffset) * nSecond + j) * nHalf;
+        for (Index l = 0; l < nHalf; ++l) {
+          if (skipZero && i == 0 && j == 0 && l == 0) continue;
+          enterAxis<V, Tables>(s, 2, tables.at(2, 0, l));
+          computeGradientVectors<V, Tables>(s, mainRule, hourglassRule);
+          body(s, i, j, l, rowFrequency + l);
+        }
+      }
+    }
+  }
+}
+
+inline void load(const double* d, std::size_t count, ComplexValue* values) {
+  for (std::size_t c = 0; c < count; ++c) values[c] = {d[2 * c], d[2 * c + 1]};
+}
+
+inline void store(const ComplexValue* values, std::size_t count, double* d) {
+  for (std::size_t c = 0; c < count; ++c) {
+    d[2 * c] = values[c].re;
+    d[2 * c + 1] = values[c].im;
+  }
+}
+
+inline void add(const ComplexValue* values, std::size_t count, double* d) {
+  for (std::size_t c = 0; c < count; ++c) {
+    d[2 * c] += values[c].re;
+    d[2 * c + 1] += values[c].im;
+  }
+}
+
+// The divergence is the same in both forms: the weighted sum over the main points.
+template <GreenOperatorType V, bool Tables>
+void divergenceLoop(FFTImage& field, const AxisTables& tables, const IntegrationRule& mainRule,
+                    const IntegrationRule& hourglassRule) {
+  const std::size_t values = kTensorComponents * mainRule.count;
+  double* data = field.data();
+  frequencyLoop<V, Tables>(field, tables, mainRule, hourglassRule, false,
+                           [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+                             double* d = data + frequency * 2 * values;
+                             ComplexValue tau[kMaxValues];
+                             load(d, values, tau);
+                             ComplexValue force[kMaxValues] = {};
+                             getDivergenceInFourierSpace<V>(s, mainRule, tau, force);
+                             store(force, values, d);
+                           });
+}
+
+// The closed forms: one point, no filter; product tables on.
+template <GreenOperatorType V>
+class SpecializedGreenOperator final : public DiscreteGreenOperator {
+ public:
+  SpecializedGreenOperator(const GreenOperatorSettings& settings,
+                           const std::array<std::uint64_t, 3>& grid)
+      : DiscreteGreenOperator(settings, grid, true) {}
+
+  void applyGamma0(FFTImage& tensor, const ReferenceConstants& r) const override {
+    checkTensorField(tensor);
+    double* data = tensor.data();
+    loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+      double* d = data + frequency * 2 * kTensorComponents;
+      ComplexValue tau[kTensorComponents];
+      load(d, kTensorComponents, tau);
+      gamma0Specialized<V>(s, r, tau);
+      store(tau, kTensorComponents, d);
+    });
+  }
+
+  void applyDelta0(FFTImage& tensor, const ReferenceConstants& r) const override {
+    checkTensorField(tensor);
+    double* data = tensor.data();
+    loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+      double* d = data + frequency * 2 * kTensorComponents;
+      ComplexValue tau[kTensorComponents];
+      load(d, kTensorComponents, tau);
+      delta0Specialized<V>(s, r, tau);
+      store(tau, kTensorComponents, d);
+    });
+  }
+
+  void applyPsi0(const FFTImage& force, FFTImage& strain,
+                 const ReferenceConstants& r) const override {
+    checkForceField(force, strain);
+    const double* in = force.data();
+    double* out = strain.data();
+    loop(strain, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+      ComplexValue f[kForceComponents];
+      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
+      ComplexValue e[kTensorComponents];
+      psi0Specialized<V>(s, r, f, e);
+      add(e, kTensorComponents, out + frequency * 2 * kTensorComponents);
+    });
+  }
+
+  void applyOmega0(const FFTImage& force, FFTImage& stress,
+                   const ReferenceConstants& r) const override {
+    checkForceField(force, stress);
+    const double* in = force.data();
+    double* out = stress.data();
+    loop(stress, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+      ComplexValue f[kForceComponents];
+      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
+      ComplexValue e[kTensorComponents];
+      omega0Specialized<V>(s, r, f, e);
+      add(e, kTensorComponents, out + frequency * 2 * kTensorComponents);
+    });
+  }
+
+  void applyDivergence(FFTImage& tensor) const override {
+    checkTensorField(tensor);
+    divergenceLoop<V, false>(tensor, tables_, settings_.mainRule, settings_.hourglassRule);
+  }
+
+ private:
+  template <class Body>
+  void loop(const FFTImage& field, const Body& body) const {
+    frequencyLoop<V, true>(field, tables_, settings_.mainRule, settings_.hourglassRule, true, body);
+  }
+};
+
+// The general form: any number of points, hourglass points, filters. G is inverted as a
+// 3 x 3 complex matrix at each frequency (and at each alias of the non-consistent filter).
+template <GreenOperatorType V>
+class GeneralGreenOperator final : public DiscreteGreenOperator {
+ public:
+  GeneralGreenOperator(const GreenOperatorSettings& settings,
+                       const std::array<std::uint64_t, 3>& grid)
+      : DiscreteGreenOperator(settings, grid, false),
+        aliasCount_(settings.filter == FilterType::NonConsistent ? kAliasTriples.size() : 1) {}
+
+  void applyGamma0(FFTImage& tensor, const ReferenceConstants& r) const override {
+    checkTensorField(tensor);
+    const std::size_t values = valuesPerVoxel();
+    double* data = tensor.data();
+    loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
+      double* d = data + frequency * 2 * values;
+      ComplexValue tau[kMaxValues], result[kMaxValues] = {}, alias[kMaxValues];
+      load(d, values, tau);
+      forEachAlias(s, i, j, l, [&](const FrequencyState& a, double filter) {
+        const Eigen::Matrix3cd g = generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r);
+        gamma0General<V>(a, mainRule(), g, tau, alias);
+        applyFilter(filter, alias, values, result);
+      });
+      store(result, values, d);
+    });
+  }
+
+  void applyDelta0(FFTImage& tensor, const ReferenceConstants& r) const override {
+    checkTensorField(tensor);
+    const std::size_t values = valuesPerVoxel();
+    double* data = tensor.data();
+    loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
+      double* d = data + frequency * 2 * values;
+      ComplexValue tau[kMaxValues], result[kMaxValues] = {}, alias[kMaxValues], work[kMaxValues];
+      load(d, values, tau);
+      forEachAlias(s, i, j, l, [&](const FrequencyState& a, double filter) {
+        const Eigen::Matrix3cd g = generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r);
+        delta0General<V>(a, mainRule(), r, g, tau, work, alias);
+        applyFilter(filter, alias, values, result);
+      });
+      store(result, values, d);
+    });
+  }
+
+  void applyPsi0(const FFTImage& force, FFTImage& strain,
+                 const ReferenceConstants& r) const override {
+    checkForceField(force, strain);
+    forceLoop(force, strain, [&](const FrequencyState& a, const Eigen::Matrix3cd& g,
+                                 const ComplexValue* f, ComplexValue* out) {
+      psi0General<V>(a, mainRule(), g, f, out);
+    }, r);
+  }
+
+  void applyOmega0(const FFTImage& force, FFTImage& stress,
+                   const ReferenceConstants& r) const override {
+    checkForceField(force, stress);
+    forceLoop(force, stress, [&](const FrequencyState& a, const Eigen::Matrix3cd& g,
+                                 const ComplexValue* f, ComplexValue* out) {
+      omega0General<V>(a, mainRule(), r, g, f, out);
+    }, r);
+  }
+
+  void applyDivergence(FFTImage& tensor) const override {
+    checkTensorField(tensor);
+    divergenceLoop<V, false>(tensor, tables_, mainRule(), hourglassRule());
+  }
+
+ private:
+  const IntegrationRule& mainRule() const { return settings_.mainRule; }
+  const IntegrationRule& hourglassRule() const { return settings_.hourglassRule; }
+
+  template <class Body>
+  void loop(const FFTImage& field, const Body& body) const {
+    frequencyLoop<V, false>(field, tables_, mainRule(), hourglassRule(), true, body);
+  }
+
+  // body(state, filter) for the frequency itself and, with the non-consistent filter, for
+  // its 26 aliases, each with its vectors recomputed and its own filter value.
+  template <class Body>
+  void forEachAlias(const FrequencyState& s, Index i, Index j, Index l, const Body& body) const {
+    body(s, s.axis[0].filter * s.axis[1].filter * s.axis[2].filter);
+    for (std::size_t n = 1; n < aliasCount_; ++n) {
+      const AliasTriple& a = kAliasTriples[n];
+      FrequencyState shifted;
+      shifted.h = s.h;
+      enterAxis<V, false>(shifted, 0, tables_.at(0, a[0], i));
+      enterAxis<V, false>(shifted, 1, tables_.at(1, a[1], j));
+      enterAxis<V, false>(shifted, 2, tables_.at(2, a[2], l));
+      computeGradientVectors<V, false>(shifted, mainRule(), hourglassRule());
+      body(shifted, shifted.axis[0].filter * shifted.axis[1].filter * shifted.axis[2].filter);
+    }
+  }
+
+  // The loop of the force operators: reads the force, adds the filtered result.
+  template <class Kernel>
+  void forceLoop(const FFTImage& force, FFTImage& tensor, const Kernel& kernel,
+                 const ReferenceConstants& r) const {
+    const std::size_t values = valuesPerVoxel();
+    const double* in = force.data();
+    double* out = tensor.data();
+    loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
+      ComplexValue f[kForceComponents];
+      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
+      ComplexValue result[kMaxValues] = {}, alias[kMaxValues];
+      forEachAlias(s, i, j, l, [&](const FrequencyState& a, double filter) {
+        const Eigen::Matrix3cd g = generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r);
+        kernel(a, g, f, alias);
+        applyFilter(filter, alias, values, result);
+      });
+      add(result, values, out + frequency * 2 * values);
+    });
+  }
+
+  std::size_t aliasCount_;
+};
+
+std::unique_ptr<DiscreteGreenOperator> makeGeneralGreenOperator(
+    const GreenOperatorSettings& settings, const std::array<std::uint64_t, 3>& grid) {
+  using G = GreenOperatorType;
+  switch (settings.discretisation) {
+    case G::Basic: return std::make_unique<GeneralGreenOperator<G::Basic>>(settings, grid);
+    case G::ForwardDifference:
+      return std::make_unique<GeneralGreenOperator<G::ForwardDifference>>(settings, grid);
+    case G::CentralDifference:
+      return std::make_unique<GeneralGreenOperator<G::CentralDifference>>(settings, grid);
+    case G::BackwardDifference:
+      return std::make_unique<GeneralGreenOperator<G::BackwardDifference>>(settings, grid);
+    case G::StaggeredGrid:
+      return std::make_unique<GeneralGreenOperator<G::StaggeredGrid>>(settings, grid);
+    case G::TrilinearFE:
+      return std::make_unique<GeneralGreenOperator<G::TrilinearFE>>(settings, grid);
+    case G::Q1FE: return std::make_unique<GeneralGreenOperator<G::Q1FE>>(settings, grid);
+    case G::Hex8RHourGlassControl:
+      return std::make_unique<GeneralGreenOperator<G::Hex8RHourGlassControl>>(settings, grid);
+    case G::Helmholtz: return std::make_unique<GeneralGreenOperator<G::Helmholtz>>(settings, grid);
+    default: break;
+  }
+  // "Bilaplacian" has no gradient vector: it stops with the message of the axis factors.
+  fatal("Unknown finite difference " + std::to_string(static_cast<int>(settings.discretisation)));
+}
+
+void checkRule(const IntegrationRule& rule, std::size_t least, const char* which) {
+  if (rule.count < least || rule.count > IntegrationRule::kMaxPoints)
+    fatal(std::string("Green operator: the ") + which + " integration rule has " +
+          std::to_string(rule.count) + " points, allowed are " + std::to_string(least) + " to " +
+          std::to_string(IntegrationRule::kMaxPoints));
+}
+
+}  // namespace
+
+GreenOperatorSettings GreenOperatorSettings::of(GreenOperatorType discretisation,
+                                                FilterType filter, bool specializeOperators,
+                                                const std::array<double, 3>& voxelLength) {
+  GreenOperatorSettings s;
+  s.discretisation = discretisation;
+  s.filter = filter;
+  s.specializeOperators = specializeOperators;
+  s.mainRule = IntegrationRule::mainRuleFor(discretisation);
+  s.hourglassRule = IntegrationRule::hourglassRuleFor(discretisation);
+  s.voxelLength = voxelLength;
+  return s;
+}
+
+DiscreteGreenOperator::DiscreteGreenOperator(const GreenOperatorSettings& settings,
+                                             const std::array<std::uint64_t, 3>& grid,
+                                             bool specialized)
+    : settings_(settings),
+      tables_(settings.discretisation, settings.filter, grid, settings.voxelLength),
+      specialized_(specialized) {}
+
+std::unique_ptr<DiscreteGreenOperator> DiscreteGreenOperator::create(
+    const GreenOperatorSettings& settings, const std::array<std::uint64_t, 3>& grid) {
+  if (settings.filter != FilterType::None && settings.filter != FilterType::Periodize &&
+      settings.filter != FilterType::NonConsistent)
+    fatal("The filter is not known.");
+  checkRule(settings.mainRule, 1, "main");
+  checkRule(settings.hourglassRule, 0, "hourglass");
+  if (settings.filter == FilterType::None && settings.specializeOperators &&
+      isOperatorSpecialized(settings.discretisation) && settings.mainRule.count == 1)
+    return makeSpecializedGreenOperator(settings, grid);
+  return makeGeneralGreenOperator(settings, grid);
+}
+
+std::unique_ptr<DiscreteGreenOperator> makeSpecializedGreenOperator(
+    const GreenOperatorSettings& settings, const std::array<std::uint64_t, 3>& grid) {
+  using G = GreenOperatorType;
+  if (!isOperatorSpecialized(settings.discretisation)) fatal("Operator not specialized.");
+  if (settings.filter != FilterType::None || settings.mainRule.count != 1)
+    fatal("The specialized Green operator takes one integration point and no filter.");
+  switch (settings.discretisation) {
+    case G::Basic: return std::make_unique<SpecializedGreenOperator<G::Basic>>(settings, grid);
+    case G::ForwardDifference:
+      return std::make_unique<SpecializedGreenOperator<G::ForwardDifference>>(settings, grid);
+    case G::CentralDifference:
+      return std::make_unique<SpecializedGreenOperator<G::CentralDifference>>(settings, grid);
+    case G::BackwardDifference:
+      return std::make_unique<SpecializedGreenOperator<G::BackwardDifference>>(settings, grid);
+    case G::StaggeredGrid:
+      return std::make_unique<SpecializedGreenOperator<G::StaggeredGrid>>(settings, grid);
+    case G::TrilinearFE:
+      return std::make_unique<SpecializedGreenOperator<G::TrilinearFE>>(settings, grid);
+    default: break;
+  }
+  fatal("Operator not specialized.");
+}
+
+void DiscreteGreenOperator::checkTensorField(const FFTImage& field) const {
+  const std::array<std::uint64_t, 3>& grid = tables_.extents();
+  if (field.nFirst != grid[0] || field.nSecond != grid[1] || field.nThird != grid[2])
+    fatal("Green operator: field " + field.getName() + " of " + std::to_string(field.nFirst) +
+          " x " + std::to_string(field.nSecond) + " x " + std::to_string(field.nThird) +
+          " voxels on an operator made for " + std::to_string(grid[0]) + " x " +
+          std::to_string(grid[1]) + " x " + std::to_string(grid[2]));
+  if (field.nComponents != valuesPerVoxel())
+    fatal("Green operator: field " + field.getName() + " has " +
+          std::to_string(field.nComponents) + " values per voxel instead of " +
+          std::to_string(valuesPerVoxel()));
+  if (!field.isInFourierSpace)
+    fatal("Green operator: field " + field.getName() + " is not in Fourier space");
+}
+
+void DiscreteGreenOperator::checkForceField(const FFTImage& force, const FFTImage& tensor) const {
+  checkTensorField(tensor);
+  if (force.nFirst != tensor.nFirst || force.nSecond != tensor.nSecond ||
+      force.nThird != tensor.nThird || force.firstBegin != tensor.firstBegin ||
+      force.firstEnd != tensor.firstEnd)
+    fatal("Green operator: force field " + force.getName() + " does not match the grid of " +
+          tensor.getName());
+  if (force.nComponents != kForceComponents)
+    fatal("Green operator: force field " + force.getName() + " has " +
+          std::to_string(force.nComponents) + " values per voxel instead of 3");
+  if (!force.isInFourierSpace)
+    fatal("Green operator: force field " + force.getName() + " is not in Fourier space");
+}
+
+}  // namespace gridmoor

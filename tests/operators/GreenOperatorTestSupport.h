@@ -1,0 +1,114 @@
+// Helpers of the Green operator tests: random spectra, per-frequency values as Eigen
+// vectors, the reference stiffness as a matrix, and the discretisation read off its divergence.
+#pragma once
+
+#include <Eigen/Dense>
+#include <array>
+#include <complex>
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "operators/DiscreteGreenOperator.h"
+#include "operators/FFTImage.h"
+#include "operators/ReferenceConstants.h"
+
+namespace gridmoor::test {
+
+using Index = std::uint64_t;
+using Cd = std::complex<double>;
+using Grid = std::array<Index, 3>;
+
+struct Frequency {
+  Index i, j, l;
+  bool isZero() const { return i == 0 && j == 0 && l == 0; }
+};
+
+inline std::vector<Frequency> frequenciesOf(const FFTImage& f) {
+  std::vector<Frequency> all;
+  for (Index i = 0; i < f.nFirst; ++i)
+    for (Index j = 0; j < f.nSecond; ++j)
+      for (Index l = 0; l <= f.nThird / 2; ++l) all.push_back({i, j, l});
+  return all;
+}
+
+// A field standing in Fourier space with random complex values at every frequency.
+inline std::unique_ptr<FFTImage> randomSpectrum(Index components, const Grid& g, unsigned seed) {
+  auto f = std::make_unique<FFTImage>(components, g[0], g[1], g[2], "spectrum");
+  std::mt19937 gen(seed);
+  std::uniform_real_distribution<double> dist(-1.0, 1.0);
+  for (double& v : *f) v = dist(gen);
+  f->isInFourierSpace = true;
+  return f;
+}
+
+inline std::unique_ptr<FFTImage> copyOf(const FFTImage& f) {
+  auto c = std::make_unique<FFTImage>(f.nComponents, f.nFirst, f.nSecond, f.nThird, "copy");
+  *c = f;
+  return c;
+}
+
+inline Eigen::VectorXcd valuesAt(const FFTImage& f, const Frequency& q) {
+  Eigen::VectorXcd v(static_cast<Eigen::Index>(f.nComponents));
+  for (Index c = 0; c < f.nComponents; ++c)
+    v[static_cast<Eigen::Index>(c)] = Cd(f.realPart(c, q.i, q.j, q.l), f.imagPart(c, q.i, q.j, q.l));
+  return v;
+}
+
+inline void setValuesAt(FFTImage& f, const Frequency& q, const Eigen::VectorXcd& v) {
+  for (Index c = 0; c < f.nComponents; ++c) {
+    f.realPart(c, q.i, q.j, q.l) = v[static_cast<Eigen::Index>(c)].real();
+    f.imagPart(c, q.i, q.j, q.l) = v[static_cast<Eigen::Index>(c)].imag();
+  }
+}
+
+// The 6 x 6 reference stiffness on Voigt vectors: engineering shear in, plain shear out.
+inline Eigen::Matrix<double, 6, 6> stiffnessMatrix(double lambda, double mu) {
+  Eigen::Matrix<double, 6, 6> c = Eigen::Matrix<double, 6, 6>::Zero();
+  for (int a = 0; a < 3; ++a) {
+    for (int b = 0; b < 3; ++b) c(a, b) = lambda;
+    c(a, a) += 2.0 * mu;
+    c(a + 3, a + 3) = mu;
+  }
+  return c;
+}
+
+// The same stiffness on every point of a field with `points` points per voxel.
+inline Eigen::MatrixXd pointwise(const Eigen::Matrix<double, 6, 6>& c, Index points) {
+  const auto n = static_cast<Eigen::Index>(points);
+  Eigen::MatrixXd m = Eigen::MatrixXd::Zero(6 * n, 6 * n);
+  for (Eigen::Index p = 0; p < n; ++p) m.block(6 * p, 6 * p, 6, 6) = c;
+  return m;
+}
+
+// The divergence of an operator read off as one 3 x (6 points) matrix per frequency, by
+// applying it to unit tensors: everything that defines the discretisation's balance.
+inline std::vector<Eigen::MatrixXcd> divergenceMatrices(const DiscreteGreenOperator& op,
+                                                        const Grid& g) {
+  const Index values = op.valuesPerVoxel();
+  FFTImage probe(values, g[0], g[1], g[2], "probe");
+  const std::vector<Frequency> all = frequenciesOf(probe);
+  std::vector<Eigen::MatrixXcd> d(all.size(),
+                                  Eigen::MatrixXcd::Zero(3, static_cast<Eigen::Index>(values)));
+  for (Index c = 0; c < values; ++c) {
+    probe = 0.0;
+    for (const Frequency& q : all) probe.realPart(c, q.i, q.j, q.l) = 1.0;
+    probe.isInFourierSpace = true;
+    op.applyDivergence(probe);
+    for (std::size_t n = 0; n < all.size(); ++n)
+      d[n].col(static_cast<Eigen::Index>(c)) = valuesAt(probe, all[n]).head(3);
+  }
+  return d;
+}
+
+// The discrete symmetric gradient of the points, stacked (6 points x 3): the negative
+// adjoint of the divergence, each point's block divided by its weight.
+inline Eigen::MatrixXcd gradientFromDivergence(const Eigen::MatrixXcd& d,
+                                               const IntegrationRule& rule) {
+  Eigen::MatrixXcd b = -d.adjoint();
+  for (Index p = 0; p < rule.count; ++p) b.middleRows(6 * static_cast<Eigen::Index>(p), 6) /= rule.weights[p];
+  return b;
+}
+
+}  // namespace gridmoor::test
