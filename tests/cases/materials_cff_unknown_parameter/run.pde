@@ -1,0 +1,28 @@
+# Gridmoor parameters in line form: a path with ':' and one value per line
+input:LicenseFileName licence.dat
+input:GeometryDescriptionFile geometry.ldt
+input:BoxelLengthX 1.0
+input:BoxelLengthY 1.0
+input:BoxelLengthZ 1.0
+input:BoxelUnits um
+input:MaterParamValues:EModulUnit GPa
+input:IterativeMethod NeumannSeries
+input:MaxRunTime 3600
+input:StoppingTolerance 1e-6
+input:EstimateMemory 0
+input:MethodList CEL;Voigt
+output:Verbose 1
+output:WriteEffectiveMatrix 0
+output:EffectiveMatrixFileName result.txt
+output:SaveRestartFile 0
+output:StressComponents XX,YY,ZZ,XY,XZ,YZ
+output:StrainComponents XX,YY,ZZ,XY,XZ,YZ
+output:DisplacementComponents X,Y,Z
+output:EquivalencePrinciple Energy
+output:ComputeLoadCaseList 1,2,3,4,5,6
+output:WriteSolutionVtk 1
+	output:WriteDasFile	0
+
+input:MaxIterationNumber 250
+input:Scheme Basic
+input:MaterParamValues:MaterParamFile table.cff
