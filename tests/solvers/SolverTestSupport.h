@@ -2,8 +2,9 @@
 // planned strain field) and the exact laminate solution computed from the layer stiffnesses.
 #pragma once
 
-#include <Eigen/Dense>
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <sstream>
@@ -22,9 +23,35 @@ namespace gridmoor::solver_test {
 
 using Grid = std::array<std::uint64_t, 3>;
 using Voigt = std::array<double, 6>;
-// Dynamic sizes: Eigen's fixed 6x6 paths warn under -march=native with g++ 12.
-using Matrix6 = Eigen::MatrixXd;
-using Vector6 = Eigen::VectorXd;
+using Vector6 = std::array<double, 6>;
+using Matrix6 = std::array<std::array<double, 6>, 6>;
+
+inline Vector6 multiply(const Matrix6& m, const Vector6& v) {
+  Vector6 r{};
+  for (int i = 0; i < 6; ++i)
+    for (int j = 0; j < 6; ++j) r[i] += m[i][j] * v[j];
+  return r;
+}
+
+// Solves m x = b by Gauss-Jordan elimination with partial pivoting (plain arrays: Eigen's
+// products warn under -march=native with g++ 12).
+inline Vector6 solve(Matrix6 m, Vector6 b) {
+  for (int k = 0; k < 6; ++k) {
+    int p = k;
+    for (int r = k + 1; r < 6; ++r)
+      if (std::abs(m[r][k]) > std::abs(m[p][k])) p = r;
+    std::swap(m[k], m[p]);
+    std::swap(b[k], b[p]);
+    for (int r = 0; r < 6; ++r) {
+      if (r == k) continue;
+      const double f = m[r][k] / m[k][k];
+      for (int c = k; c < 6; ++c) m[r][c] -= f * m[k][c];
+      b[r] -= f * b[k];
+    }
+  }
+  for (int k = 0; k < 6; ++k) b[k] /= m[k][k];
+  return b;
+}
 
 struct Lame {
   double lambda;
@@ -37,11 +64,11 @@ inline Lame lameOf(double youngs, double poisson) {
 
 // Voigt stiffness for engineering shear, written out independently of the laws.
 inline Matrix6 stiffnessOf(const Lame& m) {
-  Matrix6 c = Matrix6::Zero(6, 6);
+  Matrix6 c{};
   for (int i = 0; i < 3; ++i) {
-    for (int j = 0; j < 3; ++j) c(i, j) = m.lambda;
-    c(i, i) += 2 * m.mu;
-    c(i + 3, i + 3) = m.mu;
+    for (int j = 0; j < 3; ++j) c[i][j] = m.lambda;
+    c[i][i] += 2 * m.mu;
+    c[i + 3][i + 3] = m.mu;
   }
   return c;
 }
@@ -136,43 +163,46 @@ struct LaminateStrains {
 inline LaminateStrains laminateUnderStrain(const Matrix6& c0, const Matrix6& c1, double f1,
                                            int axis, const Vector6& mean) {
   const std::array<int, 3> n = normalSlots(axis);
-  Matrix6 a = Matrix6::Zero(6, 6);
-  Vector6 b = Vector6::Zero(6);
+  Matrix6 a{};
+  Vector6 b{};
   // Unknowns: the normal slots of layer 0 (0..2) and of layer 1 (3..5).
   for (int r = 0; r < 3; ++r) {
-    a(r, r) = 1.0 - f1;
-    a(r, r + 3) = f1;
-    b(r) = mean(n[r]);
+    a[r][r] = 1.0 - f1;
+    a[r][r + 3] = f1;
+    b[r] = mean[n[r]];
     double rhs = 0.0;
     for (int k = 0; k < 6; ++k) {
       const bool isNormal = k == n[0] || k == n[1] || k == n[2];
-      if (!isNormal) rhs -= (c0(n[r], k) - c1(n[r], k)) * mean(k);
+      if (!isNormal) rhs -= (c0[n[r]][k] - c1[n[r]][k]) * mean[k];
     }
     for (int q = 0; q < 3; ++q) {
-      a(r + 3, q) = c0(n[r], n[q]);
-      a(r + 3, q + 3) = -c1(n[r], n[q]);
+      a[r + 3][q] = c0[n[r]][n[q]];
+      a[r + 3][q + 3] = -c1[n[r]][n[q]];
     }
-    b(r + 3) = rhs;
+    b[r + 3] = rhs;
   }
-  const Vector6 x = a.fullPivLu().solve(b);
+  const Vector6 x = solve(a, b);
   LaminateStrains s{mean, mean};
   for (int q = 0; q < 3; ++q) {
-    s.layer0(n[q]) = x(q);
-    s.layer1(n[q]) = x(q + 3);
+    s.layer0[n[q]] = x[q];
+    s.layer1[n[q]] = x[q + 3];
   }
   return s;
 }
 
-// Effective stiffness of the laminate, column by column from unit mean strains.
-inline Matrix6 laminateStiffness(const Matrix6& c0, const Matrix6& c1, double f1, int axis) {
-  Matrix6 eff(6, 6);
+// Mean strain of the laminate under mean stress: the effective stiffness, column by column
+// from unit mean strains, inverted.
+inline Vector6 laminateMeanStrainUnderStress(const Matrix6& c0, const Matrix6& c1, double f1,
+                                             int axis, const Vector6& stress) {
+  Matrix6 eff{};
   for (int j = 0; j < 6; ++j) {
-    Vector6 unit = Vector6::Zero(6);
-    unit(j) = 1.0;
+    Vector6 unit{};
+    unit[j] = 1.0;
     const LaminateStrains s = laminateUnderStrain(c0, c1, f1, axis, unit);
-    eff.col(j) = (1.0 - f1) * (c0 * s.layer0) + f1 * (c1 * s.layer1);
+    const Vector6 s0 = multiply(c0, s.layer0), s1 = multiply(c1, s.layer1);
+    for (int i = 0; i < 6; ++i) eff[i][j] = (1.0 - f1) * s0[i] + f1 * s1[i];
   }
-  return eff;
+  return solve(eff, stress);
 }
 
 }  // namespace gridmoor::solver_test
