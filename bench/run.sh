@@ -44,3 +44,6 @@ for run in "${runs[@]}" "${late[@]}"; do
   read -r size planner threads <<<"$run"
   "$BUILD/fft_transform_pair" "$size" "$planner" "$threads" "$COMPONENTS" "$MIN_SECONDS"
 done
+
+# The solver rows, in a table of their own.
+BUILD="$BUILD" NEUMANN_SIZES="$SIZES" bench/neumann.sh
