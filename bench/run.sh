@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Prints the transform table: planning time and seconds per forward+backward pair of a
-# 6-component field, for each grid size, planner word and thread count.
+# 6-component field, for each grid size, planner word and thread count; then the table of
+# the Green operator loop (bench/green_operators.sh).
 #
 #   bench/run.sh                      all sizes (64 128 256)
 #   SIZES="64 128" bench/run.sh       a subset
@@ -44,6 +45,11 @@ for run in "${runs[@]}" "${late[@]}"; do
   read -r size planner threads <<<"$run"
   "$BUILD/fft_transform_pair" "$size" "$planner" "$threads" "$COMPONENTS" "$MIN_SECONDS"
 done
+
+# The Green operator loop against the transform pair, on the same sizes and thread counts.
+echo
+SIZES="$SIZES" BUILD="$BUILD" THREADS="$THREADS" MIN_SECONDS="$MIN_SECONDS" \
+  bench/green_operators.sh
 
 # The solver rows, in a table of their own.
 BUILD="$BUILD" NEUMANN_SIZES="$SIZES" bench/neumann.sh

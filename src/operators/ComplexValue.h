@@ -1,12 +1,13 @@
 // A complex number as two doubles with plain inline arithmetic, for the per-frequency
-// kernels: std::complex multiplication may call out to a NaN-handling routine.
+// kernels: std::complex multiplication may call out to a NaN-handling routine. Trivial, so
+// that local arrays cost nothing until written: write {} where zero is meant.
 #pragma once
 
 namespace gridmoor {
 
 struct ComplexValue {
-  double re = 0.0;
-  double im = 0.0;
+  double re;
+  double im;
 };
 
 inline ComplexValue operator+(ComplexValue a, ComplexValue b) { return {a.re + b.re, a.im + b.im}; }

@@ -23,9 +23,8 @@ constexpr std::size_t kMaxValues = kTensorComponents * IntegrationRule::kMaxPoin
 // frequencies in memory order: a field with c values per voxel holds that frequency's
 // values from 2 c frequency on.
 template <GreenOperatorType V, bool Tables, class Body>
-void frequencyLoop(const FFTImage& field, const AxisTables& tables,
-                   const IntegrationRule& mainRule, const IntegrationRule& hourglassRule,
-                   bool skipZero, const Body& body) {
+void frequencyLoop(const FFTImage& field, const AxisTables& tables, const IntegrationRule& mainRule,
+                   const IntegrationRule& hourglassRule, bool skipZero, const Body& body) {
   const Index nSecond = field.nSecond;
   const Index nHalf = field.nThird / 2 + 1;
 #pragma omp parallel
@@ -49,18 +48,22 @@ void frequencyLoop(const FFTImage& field, const AxisTables& tables,
   }
 }
 
-inline void load(const double* d, std::size_t count, ComplexValue* values) {
+GRIDMOOR_HOT inline void load(const double* d, std::size_t count, ComplexValue* values) {
   for (std::size_t c = 0; c < count; ++c) values[c] = {d[2 * c], d[2 * c + 1]};
 }
 
-inline void store(const ComplexValue* values, std::size_t count, double* d) {
+GRIDMOOR_HOT inline void store(const ComplexValue* values, std::size_t count, double* d) {
   for (std::size_t c = 0; c < count; ++c) {
     d[2 * c] = values[c].re;
     d[2 * c + 1] = values[c].im;
   }
 }
 
-inline void add(const ComplexValue* values, std::size_t count, double* d) {
+GRIDMOOR_HOT inline void clear(ComplexValue* values, std::size_t count) {
+  for (std::size_t c = 0; c < count; ++c) values[c] = {};
+}
+
+GRIDMOOR_HOT inline void add(const ComplexValue* values, std::size_t count, double* d) {
   for (std::size_t c = 0; c < count; ++c) {
     d[2 * c] += values[c].re;
     d[2 * c + 1] += values[c].im;
@@ -68,20 +71,20 @@ inline void add(const ComplexValue* values, std::size_t count, double* d) {
 }
 
 // The divergence is the same in both forms: the weighted sum over the main points.
-template <GreenOperatorType V, bool Tables>
+template <GreenOperatorType V>
 void divergenceLoop(FFTImage& field, const AxisTables& tables, const IntegrationRule& mainRule,
                     const IntegrationRule& hourglassRule) {
   const std::size_t values = kTensorComponents * mainRule.count;
   double* data = field.data();
-  frequencyLoop<V, Tables>(field, tables, mainRule, hourglassRule, false,
-                           [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-                             double* d = data + frequency * 2 * values;
-                             ComplexValue tau[kMaxValues];
-                             load(d, values, tau);
-                             ComplexValue force[kMaxValues] = {};
-                             getDivergenceInFourierSpace<V>(s, mainRule, tau, force);
-                             store(force, values, d);
-                           });
+  frequencyLoop<V, false>(field, tables, mainRule, hourglassRule, false,
+                          [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+                            double* d = data + frequency * 2 * values;
+                            ComplexValue tau[kMaxValues];
+                            load(d, values, tau);
+                            ComplexValue force[kMaxValues] = {};
+                            getDivergenceInFourierSpace<V>(s, mainRule, tau, force);
+                            store(force, values, d);
+                          });
 }
 
 // The closed forms: one point, no filter; product tables on.
@@ -99,7 +102,7 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
       double* d = data + frequency * 2 * kTensorComponents;
       ComplexValue tau[kTensorComponents];
       load(d, kTensorComponents, tau);
-      gamma0Specialized<V>(s, r, tau);
+      Gamma0OperatorSpecialized<V>(s, r, tau);
       store(tau, kTensorComponents, d);
     });
   }
@@ -111,7 +114,7 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
       double* d = data + frequency * 2 * kTensorComponents;
       ComplexValue tau[kTensorComponents];
       load(d, kTensorComponents, tau);
-      delta0Specialized<V>(s, r, tau);
+      Delta0OperatorSpecialized<V>(s, r, tau);
       store(tau, kTensorComponents, d);
     });
   }
@@ -124,8 +127,8 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
     loop(strain, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
       ComplexValue f[kForceComponents];
       load(in + frequency * 2 * kForceComponents, kForceComponents, f);
-      ComplexValue e[kTensorComponents];
-      psi0Specialized<V>(s, r, f, e);
+      ComplexValue e[kTensorComponents] = {};
+      Psi0OperatorSpecialized<V>(s, r, f, e);
       add(e, kTensorComponents, out + frequency * 2 * kTensorComponents);
     });
   }
@@ -138,15 +141,15 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
     loop(stress, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
       ComplexValue f[kForceComponents];
       load(in + frequency * 2 * kForceComponents, kForceComponents, f);
-      ComplexValue e[kTensorComponents];
-      omega0Specialized<V>(s, r, f, e);
+      ComplexValue e[kTensorComponents] = {};
+      Omega0OperatorSpecialized<V>(s, r, f, e);
       add(e, kTensorComponents, out + frequency * 2 * kTensorComponents);
     });
   }
 
   void applyDivergence(FFTImage& tensor) const override {
     checkTensorField(tensor);
-    divergenceLoop<V, false>(tensor, tables_, settings_.mainRule, settings_.hourglassRule);
+    divergenceLoop<V>(tensor, tables_, settings_.mainRule, settings_.hourglassRule);
   }
 
  private:
@@ -172,11 +175,13 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
     double* data = tensor.data();
     loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
       double* d = data + frequency * 2 * values;
-      ComplexValue tau[kMaxValues], result[kMaxValues] = {}, alias[kMaxValues];
+      ComplexValue tau[kMaxValues], result[kMaxValues], alias[kMaxValues];
       load(d, values, tau);
+      clear(result, values);
       forEachAlias(s, i, j, l, [&](const FrequencyState& a, double filter) {
-        const Eigen::Matrix3cd g = generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r);
-        gamma0General<V>(a, mainRule(), g, tau, alias);
+        HermitianMatrix3 g;
+        generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r, g);
+        Gamma0Operator<V>(a, mainRule(), g, tau, alias);
         applyFilter(filter, alias, values, result);
       });
       store(result, values, d);
@@ -189,11 +194,13 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
     double* data = tensor.data();
     loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
       double* d = data + frequency * 2 * values;
-      ComplexValue tau[kMaxValues], result[kMaxValues] = {}, alias[kMaxValues], work[kMaxValues];
+      ComplexValue tau[kMaxValues], result[kMaxValues], alias[kMaxValues], work[kMaxValues];
       load(d, values, tau);
+      clear(result, values);
       forEachAlias(s, i, j, l, [&](const FrequencyState& a, double filter) {
-        const Eigen::Matrix3cd g = generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r);
-        delta0General<V>(a, mainRule(), r, g, tau, work, alias);
+        HermitianMatrix3 g;
+        generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r, g);
+        Delta0Operator<V>(a, mainRule(), r, g, tau, work, alias);
         applyFilter(filter, alias, values, result);
       });
       store(result, values, d);
@@ -203,24 +210,26 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
   void applyPsi0(const FFTImage& force, FFTImage& strain,
                  const ReferenceConstants& r) const override {
     checkForceField(force, strain);
-    forceLoop(force, strain, [&](const FrequencyState& a, const Eigen::Matrix3cd& g,
-                                 const ComplexValue* f, ComplexValue* out) {
-      psi0General<V>(a, mainRule(), g, f, out);
-    }, r);
+    forceLoop(
+        force, strain,
+        [&](const FrequencyState& a, const HermitianMatrix3& g, const ComplexValue* f,
+            ComplexValue* out) { Psi0Operator<V>(a, mainRule(), g, f, out); },
+        r);
   }
 
   void applyOmega0(const FFTImage& force, FFTImage& stress,
                    const ReferenceConstants& r) const override {
     checkForceField(force, stress);
-    forceLoop(force, stress, [&](const FrequencyState& a, const Eigen::Matrix3cd& g,
-                                 const ComplexValue* f, ComplexValue* out) {
-      omega0General<V>(a, mainRule(), r, g, f, out);
-    }, r);
+    forceLoop(
+        force, stress,
+        [&](const FrequencyState& a, const HermitianMatrix3& g, const ComplexValue* f,
+            ComplexValue* out) { Omega0Operator<V>(a, mainRule(), r, g, f, out); },
+        r);
   }
 
   void applyDivergence(FFTImage& tensor) const override {
     checkTensorField(tensor);
-    divergenceLoop<V, false>(tensor, tables_, mainRule(), hourglassRule());
+    divergenceLoop<V>(tensor, tables_, mainRule(), hourglassRule());
   }
 
  private:
@@ -259,9 +268,11 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
     loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
       ComplexValue f[kForceComponents];
       load(in + frequency * 2 * kForceComponents, kForceComponents, f);
-      ComplexValue result[kMaxValues] = {}, alias[kMaxValues];
+      ComplexValue result[kMaxValues], alias[kMaxValues];
+      clear(result, values);
       forEachAlias(s, i, j, l, [&](const FrequencyState& a, double filter) {
-        const Eigen::Matrix3cd g = generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r);
+        HermitianMatrix3 g;
+        generalAcousticInverse<V>(a, mainRule(), hourglassRule(), r, g);
         kernel(a, g, f, alias);
         applyFilter(filter, alias, values, result);
       });
@@ -276,7 +287,8 @@ std::unique_ptr<DiscreteGreenOperator> makeGeneralGreenOperator(
     const GreenOperatorSettings& settings, const std::array<std::uint64_t, 3>& grid) {
   using G = GreenOperatorType;
   switch (settings.discretisation) {
-    case G::Basic: return std::make_unique<GeneralGreenOperator<G::Basic>>(settings, grid);
+    case G::Basic:
+      return std::make_unique<GeneralGreenOperator<G::Basic>>(settings, grid);
     case G::ForwardDifference:
       return std::make_unique<GeneralGreenOperator<G::ForwardDifference>>(settings, grid);
     case G::CentralDifference:
@@ -287,11 +299,14 @@ std::unique_ptr<DiscreteGreenOperator> makeGeneralGreenOperator(
       return std::make_unique<GeneralGreenOperator<G::StaggeredGrid>>(settings, grid);
     case G::TrilinearFE:
       return std::make_unique<GeneralGreenOperator<G::TrilinearFE>>(settings, grid);
-    case G::Q1FE: return std::make_unique<GeneralGreenOperator<G::Q1FE>>(settings, grid);
+    case G::Q1FE:
+      return std::make_unique<GeneralGreenOperator<G::Q1FE>>(settings, grid);
     case G::Hex8RHourGlassControl:
       return std::make_unique<GeneralGreenOperator<G::Hex8RHourGlassControl>>(settings, grid);
-    case G::Helmholtz: return std::make_unique<GeneralGreenOperator<G::Helmholtz>>(settings, grid);
-    default: break;
+    case G::Helmholtz:
+      return std::make_unique<GeneralGreenOperator<G::Helmholtz>>(settings, grid);
+    default:
+      break;
   }
   // "Bilaplacian" has no gradient vector: it stops with the message of the axis factors.
   fatal("Unknown finite difference " + std::to_string(static_cast<int>(settings.discretisation)));
@@ -306,8 +321,8 @@ void checkRule(const IntegrationRule& rule, std::size_t least, const char* which
 
 }  // namespace
 
-GreenOperatorSettings GreenOperatorSettings::of(GreenOperatorType discretisation,
-                                                FilterType filter, bool specializeOperators,
+GreenOperatorSettings GreenOperatorSettings::of(GreenOperatorType discretisation, FilterType filter,
+                                                bool specializeOperators,
                                                 const std::array<double, 3>& voxelLength) {
   GreenOperatorSettings s;
   s.discretisation = discretisation;
@@ -346,7 +361,8 @@ std::unique_ptr<DiscreteGreenOperator> makeSpecializedGreenOperator(
   if (settings.filter != FilterType::None || settings.mainRule.count != 1)
     fatal("The specialized Green operator takes one integration point and no filter.");
   switch (settings.discretisation) {
-    case G::Basic: return std::make_unique<SpecializedGreenOperator<G::Basic>>(settings, grid);
+    case G::Basic:
+      return std::make_unique<SpecializedGreenOperator<G::Basic>>(settings, grid);
     case G::ForwardDifference:
       return std::make_unique<SpecializedGreenOperator<G::ForwardDifference>>(settings, grid);
     case G::CentralDifference:
@@ -357,7 +373,8 @@ std::unique_ptr<DiscreteGreenOperator> makeSpecializedGreenOperator(
       return std::make_unique<SpecializedGreenOperator<G::StaggeredGrid>>(settings, grid);
     case G::TrilinearFE:
       return std::make_unique<SpecializedGreenOperator<G::TrilinearFE>>(settings, grid);
-    default: break;
+    default:
+      break;
   }
   fatal("Operator not specialized.");
 }
@@ -370,9 +387,8 @@ void DiscreteGreenOperator::checkTensorField(const FFTImage& field) const {
           " voxels on an operator made for " + std::to_string(grid[0]) + " x " +
           std::to_string(grid[1]) + " x " + std::to_string(grid[2]));
   if (field.nComponents != valuesPerVoxel())
-    fatal("Green operator: field " + field.getName() + " has " +
-          std::to_string(field.nComponents) + " values per voxel instead of " +
-          std::to_string(valuesPerVoxel()));
+    fatal("Green operator: field " + field.getName() + " has " + std::to_string(field.nComponents) +
+          " values per voxel instead of " + std::to_string(valuesPerVoxel()));
   if (!field.isInFourierSpace)
     fatal("Green operator: field " + field.getName() + " is not in Fourier space");
 }

@@ -25,7 +25,9 @@ constexpr bool isOperatorSpecialized(GreenOperatorType v) {
 struct GreenOperatorSettings {
   GreenOperatorType discretisation = GreenOperatorType::Basic;
   FilterType filter = FilterType::None;
-  // Whether the closed one-point forms may be used where they exist.
+  // Whether the closed one-point forms may be used where they exist. There is no setting for
+  // precalculated product tables: the loops build the tables only where a closed form reads
+  // them, so switching them off elsewhere would change nothing.
   bool specializeOperators = false;
   IntegrationRule mainRule = IntegrationRule::centre();
   IntegrationRule hourglassRule = IntegrationRule::empty();

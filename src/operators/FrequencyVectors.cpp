@@ -56,8 +56,8 @@ AxisTables::AxisTables(GreenOperatorType value, FilterType filter,
       for (std::uint64_t m = 0; m < n; ++m) {
         const std::int64_t index = static_cast<std::int64_t>(m) + alias * signedN;
         const long double f = static_cast<long double>(signedFrequency(index, signedN));
-        const long double xi = 2.0L * f * std::numbers::pi_v<long double> /
-                               static_cast<long double>(n) / h;
+        const long double xi =
+            2.0L * f * std::numbers::pi_v<long double> / static_cast<long double>(n) / h;
         const long double x = xi * h;
         AxisFactor& a = factors_[d][static_cast<std::size_t>(alias + 1) * n + m];
         a.xi = static_cast<double>(xi);

@@ -9,6 +9,7 @@
 
 #include "input/SolverEnums.h"
 #include "operators/IntegrationRule.h"
+#include "operators/KernelInline.h"
 
 namespace gridmoor {
 
@@ -39,14 +40,13 @@ void computeAxisFactors(GreenOperatorType value, long double x, long double h, d
 // frequency would cost more than the operator itself.
 class AxisTables {
  public:
-  AxisTables(GreenOperatorType value, FilterType filter, const std::array<std::uint64_t, 3>& extents,
-             const std::array<double, 3>& voxelLength);
+  AxisTables(GreenOperatorType value, FilterType filter,
+             const std::array<std::uint64_t, 3>& extents, const std::array<double, 3>& voxelLength);
 
   // Index m of `axis`, shifted by alias periods (-1, 0 or 1).
   const AxisFactor& at(int axis, int alias, std::uint64_t m) const {
-    return factors_[static_cast<std::size_t>(axis)]
-                   [static_cast<std::size_t>(alias + 1) * extents_[static_cast<std::size_t>(axis)] +
-                    m];
+    return factors_[static_cast<std::size_t>(
+        axis)][static_cast<std::size_t>(alias + 1) * extents_[static_cast<std::size_t>(axis)] + m];
   }
   const std::array<std::uint64_t, 3>& extents() const { return extents_; }
   const std::array<double, 3>& voxelLength() const { return voxelLength_; }
@@ -86,7 +86,7 @@ constexpr bool hasSeparableVector(GreenOperatorType v) {
 }
 
 // Completes the product tables of the first vector for rows and columns 0..d.
-inline void completeProductTables(FrequencyState& s, int d) {
+GRIDMOOR_HOT inline void completeProductTables(FrequencyState& s, int d) {
   const double* kr = s.kRe[0];
   const double* ki = s.kIm[0];
   for (int c = 0; c <= d; ++c) {
@@ -100,7 +100,7 @@ inline void completeProductTables(FrequencyState& s, int d) {
 // On entry of axis level d: takes that axis's factors and does the work that holds for all
 // inner levels. Tables: whether the product tables are kept (only the closed forms read them).
 template <GreenOperatorType V, bool Tables>
-inline void enterAxis(FrequencyState& s, int d, const AxisFactor& f) {
+GRIDMOOR_HOT inline void enterAxis(FrequencyState& s, int d, const AxisFactor& f) {
   s.axis[static_cast<std::size_t>(d)] = f;
   if constexpr (hasSeparableVector(V)) {
     double kr = 0.0;
@@ -145,8 +145,9 @@ inline void enterAxis(FrequencyState& s, int d, const AxisFactor& f) {
 // centre, about -i xi at low frequencies where every other discretisation has +i xi. The
 // operators on tensors and the acoustic tensor do not see a phase of the vector; the force
 // operators and the divergence of the full element take the opposite sign for it.
-inline void trilinearElementVector(const FrequencyState& s, const std::array<double, 3>& p,
-                                   double kr[3], double ki[3]) {
+GRIDMOOR_HOT inline void trilinearElementVector(const FrequencyState& s,
+                                                const std::array<double, 3>& p, double kr[3],
+                                                double ki[3]) {
   double dRe[3], dIm[3], mRe[3], mIm[3];
   for (std::size_t d = 0; d < 3; ++d) {
     const AxisFactor& f = s.axis[d];
@@ -168,8 +169,8 @@ inline void trilinearElementVector(const FrequencyState& s, const std::array<dou
 // The vectors of all main points (and, for the hourglass-controlled element, of the
 // hourglass points behind them), once all three axis levels have been entered.
 template <GreenOperatorType V, bool Tables>
-inline void computeGradientVectors(FrequencyState& s, const IntegrationRule& mainRule,
-                                   const IntegrationRule& hourglassRule) {
+GRIDMOOR_HOT inline void computeGradientVectors(FrequencyState& s, const IntegrationRule& mainRule,
+                                                const IntegrationRule& hourglassRule) {
   if constexpr (V == GreenOperatorType::TrilinearFE ||
                 V == GreenOperatorType::Hex8RHourGlassControl) {
     const double a = -2.0 * s.halfPhaseIm[2];  // -2 sin s

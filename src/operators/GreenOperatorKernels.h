@@ -2,8 +2,6 @@
 // frequency: closed, unrolled specialised forms and the general form over integration points.
 #pragma once
 
-#include <Eigen/Dense>
-#include <complex>
 #include <cstddef>
 
 #include "input/SolverEnums.h"
@@ -11,6 +9,7 @@
 #include "operators/ComplexValue.h"
 #include "operators/FrequencyVectors.h"
 #include "operators/IntegrationRule.h"
+#include "operators/KernelInline.h"
 #include "operators/ReferenceConstants.h"
 
 namespace gridmoor {
@@ -21,8 +20,8 @@ inline constexpr std::size_t kTensorComponents = 6;
 inline constexpr std::size_t kForceComponents = 3;
 
 // sigma = C0 epsilon: engineering shear in, plain shear out.
-inline void applyReferenceStiffness(const ReferenceConstants& r, const ComplexValue* strain,
-                                    ComplexValue* stress) {
+GRIDMOOR_HOT inline void applyReferenceStiffness(const ReferenceConstants& r,
+                                                 const ComplexValue* strain, ComplexValue* stress) {
   const ComplexValue trace = strain[0] + strain[1] + strain[2];
   const double twoMu = 2.0 * r.mu0;
   for (std::size_t c = 0; c < 3; ++c) stress[c] = r.lambda0 * trace + twoMu * strain[c];
@@ -33,8 +32,8 @@ inline void applyReferenceStiffness(const ReferenceConstants& r, const ComplexVa
 // stress-like tensor without its minus sign. conj(k_j) tau_ij summed over j; the staggered
 // gradient takes -k_i tau_ii for the normal term.
 template <bool Staggered>
-inline void transposedGradient(const double kr[3], const double ki[3], const ComplexValue* tau,
-                               ComplexValue f[3]) {
+GRIDMOOR_HOT inline void transposedGradient(const double kr[3], const double ki[3],
+                                            const ComplexValue* tau, ComplexValue f[3]) {
   const ComplexValue kc[3] = {{kr[0], -ki[0]}, {kr[1], -ki[1]}, {kr[2], -ki[2]}};
   ComplexValue normal[3];
   for (std::size_t i = 0; i < 3; ++i) {
@@ -52,8 +51,8 @@ inline void transposedGradient(const double kr[3], const double ki[3], const Com
 // epsilon = B w, engineering shear: k_i w_i on the diagonal (-conj(k_i) w_i for the
 // staggered gradient), k_i w_j + k_j w_i on the shear components.
 template <bool Staggered>
-inline void symmetricGradient(const double kr[3], const double ki[3], const ComplexValue w[3],
-                              ComplexValue* strain) {
+GRIDMOOR_HOT inline void symmetricGradient(const double kr[3], const double ki[3],
+                                           const ComplexValue w[3], ComplexValue* strain) {
   const ComplexValue k[3] = {{kr[0], ki[0]}, {kr[1], ki[1]}, {kr[2], ki[2]}};
   for (std::size_t i = 0; i < 3; ++i) {
     if constexpr (Staggered)
@@ -66,29 +65,12 @@ inline void symmetricGradient(const double kr[3], const double ki[3], const Comp
   strain[5] = k[0] * w[1] + k[1] * w[0];
 }
 
-inline void applyHermitian(const HermitianMatrix3& g, const ComplexValue f[3], ComplexValue w[3]) {
-  for (std::size_t a = 0; a < 3; ++a) {
-    ComplexValue sum;
-    for (std::size_t b = 0; b < 3; ++b) sum += ComplexValue{g.re[a][b], g.im[a][b]} * f[b];
-    w[a] = sum;
-  }
-}
-
-inline void applyMatrix(const Eigen::Matrix3cd& g, const ComplexValue f[3], ComplexValue w[3]) {
-  for (Eigen::Index a = 0; a < 3; ++a) {
-    ComplexValue sum;
-    for (Eigen::Index b = 0; b < 3; ++b)
-      sum += ComplexValue{g(a, b).real(), g(a, b).imag()} * f[b];
-    w[a] = sum;
-  }
-}
-
 // ---- Specialised forms: one point, no filter. ------------------------------------------
 
 // In place: tau (stress-like) becomes -Gamma0 tau (strain-like).
 template <GreenOperatorType V>
-inline void gamma0Specialized(const FrequencyState& s, const ReferenceConstants& r,
-                              ComplexValue* tau) {
+GRIDMOOR_HOT inline void Gamma0OperatorSpecialized(const FrequencyState& s,
+                                                   const ReferenceConstants& r, ComplexValue* tau) {
   if constexpr (V == GreenOperatorType::Basic) {
     // With k = i xi the operator is real: -[(xi_i t_j + xi_j t_i) / (2 mu |xi|^2)
     //   - c xi_i xi_j (xi . t) / |xi|^4], t_i = xi_j tau_ij, applied to both parts alike.
@@ -107,11 +89,9 @@ inline void gamma0Specialized(const FrequencyState& s, const ReferenceConstants&
     tau[5] = 2.0 * s.ii[0][1] * v - 2.0 * (xi[0] * pt[1] + xi[1] * pt[0]);
   } else {
     constexpr bool staggered = isStaggered(V);
-    HermitianMatrix3 g;
-    closedFormAcousticInverse<V>(s, r, g);
     ComplexValue f[3], w[3];
     transposedGradient<staggered>(s.kRe[0], s.kIm[0], tau, f);
-    applyHermitian(g, f, w);
+    applyAcousticInverse<V>(s, r, f, w);
     symmetricGradient<staggered>(s.kRe[0], s.kIm[0], w, tau);
     for (std::size_t c = 0; c < kTensorComponents; ++c) tau[c] = -tau[c];
   }
@@ -119,8 +99,10 @@ inline void gamma0Specialized(const FrequencyState& s, const ReferenceConstants&
 
 // Adds -B G force (strain-like) to strain.
 template <GreenOperatorType V>
-inline void psi0Specialized(const FrequencyState& s, const ReferenceConstants& r,
-                            const ComplexValue force[3], ComplexValue* strain) {
+GRIDMOOR_HOT inline void Psi0OperatorSpecialized(const FrequencyState& s,
+                                                 const ReferenceConstants& r,
+                                                 const ComplexValue force[3],
+                                                 ComplexValue* strain) {
   if constexpr (V == GreenOperatorType::Basic) {
     // The operator is i M with the real 6 x 3 matrix M of entries
     // c xi_p xi_q xi_i / |xi|^4 - (delta_pi xi_q + delta_qi xi_p) / (2 mu |xi|^2), shear
@@ -137,13 +119,12 @@ inline void psi0Specialized(const FrequencyState& s, const ReferenceConstants& r
     m[3] = 2.0 * (s.ii[1][2] * xf + xi[2] * df[1] + xi[1] * df[2]);
     m[4] = 2.0 * (s.ii[0][2] * xf + xi[2] * df[0] + xi[0] * df[2]);
     m[5] = 2.0 * (s.ii[0][1] * xf + xi[1] * df[0] + xi[0] * df[1]);
-    for (std::size_t k = 0; k < kTensorComponents; ++k) strain[k] += ComplexValue{-m[k].im, m[k].re};
+    for (std::size_t k = 0; k < kTensorComponents; ++k)
+      strain[k] += ComplexValue{-m[k].im, m[k].re};
   } else {
     constexpr bool staggered = isStaggered(V);
-    HermitianMatrix3 g;
-    closedFormAcousticInverse<V>(s, r, g);
     ComplexValue w[3], e[kTensorComponents];
-    applyHermitian(g, force, w);
+    applyAcousticInverse<V>(s, r, force, w);
     symmetricGradient<staggered>(s.kRe[0], s.kIm[0], w, e);
     for (std::size_t c = 0; c < kTensorComponents; ++c) strain[c] += -e[c];
   }
@@ -151,23 +132,25 @@ inline void psi0Specialized(const FrequencyState& s, const ReferenceConstants& r
 
 // In place: tau (strain-like) becomes -(C0 - C0 Gamma0 C0) tau (stress-like).
 template <GreenOperatorType V>
-inline void delta0Specialized(const FrequencyState& s, const ReferenceConstants& r,
-                              ComplexValue* tau) {
+GRIDMOOR_HOT inline void Delta0OperatorSpecialized(const FrequencyState& s,
+                                                   const ReferenceConstants& r, ComplexValue* tau) {
   ComplexValue u[kTensorComponents];
   applyReferenceStiffness(r, tau, u);
   ComplexValue g[kTensorComponents];
   for (std::size_t c = 0; c < kTensorComponents; ++c) g[c] = u[c];
-  gamma0Specialized<V>(s, r, g);
+  Gamma0OperatorSpecialized<V>(s, r, g);
   applyReferenceStiffness(r, g, tau);
   for (std::size_t c = 0; c < kTensorComponents; ++c) tau[c] = -tau[c] - u[c];
 }
 
 // Adds C0 (-B G force) (stress-like) to stress.
 template <GreenOperatorType V>
-inline void omega0Specialized(const FrequencyState& s, const ReferenceConstants& r,
-                              const ComplexValue force[3], ComplexValue* stress) {
-  ComplexValue e[kTensorComponents];
-  psi0Specialized<V>(s, r, force, e);
+GRIDMOOR_HOT inline void Omega0OperatorSpecialized(const FrequencyState& s,
+                                                   const ReferenceConstants& r,
+                                                   const ComplexValue force[3],
+                                                   ComplexValue* stress) {
+  ComplexValue e[kTensorComponents] = {};
+  Psi0OperatorSpecialized<V>(s, r, force, e);
   ComplexValue c0e[kTensorComponents];
   applyReferenceStiffness(r, e, c0e);
   for (std::size_t c = 0; c < kTensorComponents; ++c) stress[c] += c0e[c];
@@ -175,20 +158,13 @@ inline void omega0Specialized(const FrequencyState& s, const ReferenceConstants&
 
 // ---- General forms: any number of points, the hourglass points, one alias at a time. ---
 
-// G of the frequency, inverted as a 3 x 3 complex matrix.
-template <GreenOperatorType V>
-inline Eigen::Matrix3cd generalAcousticInverse(const FrequencyState& s,
-                                               const IntegrationRule& mainRule,
-                                               const IntegrationRule& hourglassRule,
-                                               const ReferenceConstants& r) {
-  return accumulatedAcousticTensor<V>(s, mainRule, hourglassRule, r).inverse();
-}
-
 // f = -sum over points of w_p B_p^H tau_p: the force balancing the stress-like tensors of
 // all points, as the discretisation measures divergence.
 template <GreenOperatorType V>
-inline void getDivergenceInFourierSpace(const FrequencyState& s, const IntegrationRule& mainRule,
-                                        const ComplexValue* tau, ComplexValue force[3]) {
+GRIDMOOR_HOT inline void getDivergenceInFourierSpace(const FrequencyState& s,
+                                                     const IntegrationRule& mainRule,
+                                                     const ComplexValue* tau,
+                                                     ComplexValue force[3]) {
   force[0] = force[1] = force[2] = ComplexValue{};
   for (std::size_t p = 0; p < mainRule.count; ++p) {
     ComplexValue f[3];
@@ -199,23 +175,24 @@ inline void getDivergenceInFourierSpace(const FrequencyState& s, const Integrati
 
 // out_p = -B_p G sum_q w_q B_q^H tau_q at every main point.
 template <GreenOperatorType V>
-inline void gamma0General(const FrequencyState& s, const IntegrationRule& mainRule,
-                          const Eigen::Matrix3cd& g, const ComplexValue* tau, ComplexValue* out) {
+GRIDMOOR_HOT inline void Gamma0Operator(const FrequencyState& s, const IntegrationRule& mainRule,
+                                        const HermitianMatrix3& g, const ComplexValue* tau,
+                                        ComplexValue* out) {
   ComplexValue f[3], w[3];
   getDivergenceInFourierSpace<V>(s, mainRule, tau, f);
   // The divergence carries the minus sign that the operator also has: G f = -G B^H tau.
-  applyMatrix(g, f, w);
+  applyHermitian(g, f, w);
   for (std::size_t p = 0; p < mainRule.count; ++p)
     symmetricGradient<isStaggered(V)>(s.kRe[p], s.kIm[p], w, out + p * kTensorComponents);
 }
 
 // out_p = -B_p G force at every main point.
 template <GreenOperatorType V>
-inline void psi0General(const FrequencyState& s, const IntegrationRule& mainRule,
-                        const Eigen::Matrix3cd& g, const ComplexValue force[3],
-                        ComplexValue* out) {
+GRIDMOOR_HOT inline void Psi0Operator(const FrequencyState& s, const IntegrationRule& mainRule,
+                                      const HermitianMatrix3& g, const ComplexValue force[3],
+                                      ComplexValue* out) {
   ComplexValue w[3];
-  applyMatrix(g, force, w);
+  applyHermitian(g, force, w);
   for (std::size_t i = 0; i < 3; ++i) w[i] = -w[i];
   for (std::size_t p = 0; p < mainRule.count; ++p)
     symmetricGradient<isStaggered(V)>(s.kRe[p], s.kIm[p], w, out + p * kTensorComponents);
@@ -223,12 +200,13 @@ inline void psi0General(const FrequencyState& s, const IntegrationRule& mainRule
 
 // out = -(C0 - C0 Gamma0 C0) tau at every main point; `work` holds as many values as tau.
 template <GreenOperatorType V>
-inline void delta0General(const FrequencyState& s, const IntegrationRule& mainRule,
-                          const ReferenceConstants& r, const Eigen::Matrix3cd& g,
-                          const ComplexValue* tau, ComplexValue* work, ComplexValue* out) {
+GRIDMOOR_HOT inline void Delta0Operator(const FrequencyState& s, const IntegrationRule& mainRule,
+                                        const ReferenceConstants& r, const HermitianMatrix3& g,
+                                        const ComplexValue* tau, ComplexValue* work,
+                                        ComplexValue* out) {
   for (std::size_t p = 0; p < mainRule.count; ++p)
     applyReferenceStiffness(r, tau + p * kTensorComponents, work + p * kTensorComponents);
-  gamma0General<V>(s, mainRule, g, work, out);
+  Gamma0Operator<V>(s, mainRule, g, work, out);
   for (std::size_t p = 0; p < mainRule.count; ++p) {
     ComplexValue c0g[kTensorComponents];
     ComplexValue* o = out + p * kTensorComponents;
@@ -240,10 +218,10 @@ inline void delta0General(const FrequencyState& s, const IntegrationRule& mainRu
 
 // out = C0 (-B_p G force) at every main point.
 template <GreenOperatorType V>
-inline void omega0General(const FrequencyState& s, const IntegrationRule& mainRule,
-                          const ReferenceConstants& r, const Eigen::Matrix3cd& g,
-                          const ComplexValue force[3], ComplexValue* out) {
-  psi0General<V>(s, mainRule, g, force, out);
+GRIDMOOR_HOT inline void Omega0Operator(const FrequencyState& s, const IntegrationRule& mainRule,
+                                        const ReferenceConstants& r, const HermitianMatrix3& g,
+                                        const ComplexValue force[3], ComplexValue* out) {
+  Psi0Operator<V>(s, mainRule, g, force, out);
   for (std::size_t p = 0; p < mainRule.count; ++p) {
     ComplexValue e[kTensorComponents];
     ComplexValue* o = out + p * kTensorComponents;

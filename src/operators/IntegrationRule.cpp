@@ -36,10 +36,4 @@ IntegrationRule IntegrationRule::hourglassRuleFor(GreenOperatorType discretisati
   return discretisation == GreenOperatorType::Hex8RHourGlassControl ? gauss2x2x2() : empty();
 }
 
-double IntegrationRule::weightSum() const {
-  double sum = 0.0;
-  for (std::size_t p = 0; p < count; ++p) sum += weights[p];
-  return sum;
-}
-
 }  // namespace gridmoor

@@ -31,8 +31,6 @@ struct IntegrationRule {
   // material and adds the Gauss points as hourglass points; all others have one centre point.
   static IntegrationRule mainRuleFor(GreenOperatorType discretisation);
   static IntegrationRule hourglassRuleFor(GreenOperatorType discretisation);
-
-  double weightSum() const;
 };
 
 }  // namespace gridmoor

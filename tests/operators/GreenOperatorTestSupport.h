@@ -3,22 +3,27 @@
 #pragma once
 
 #include <Eigen/Dense>
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <complex>
-#include <cstdint>
 #include <memory>
+#include <ostream>
 #include <random>
 #include <vector>
 
 #include "operators/DiscreteGreenOperator.h"
-#include "operators/FFTImage.h"
-#include "operators/ReferenceConstants.h"
+
+namespace gridmoor {
+inline void PrintTo(GreenOperatorType v, std::ostream* os) { *os << wordOf(v); }
+}  // namespace gridmoor
 
 namespace gridmoor::test {
 
 using Index = std::uint64_t;
 using Cd = std::complex<double>;
 using Grid = std::array<Index, 3>;
+using G = GreenOperatorType;
 
 struct Frequency {
   Index i, j, l;
@@ -49,40 +54,47 @@ inline std::unique_ptr<FFTImage> copyOf(const FFTImage& f) {
   return c;
 }
 
+inline double maxDifference(const FFTImage& a, const FFTImage& b) {
+  double m = 0.0;
+  for (std::size_t n = 0; n < a.size(); ++n) m = std::max(m, std::abs(a[n] - b[n]));
+  return m;
+}
+
 inline Eigen::VectorXcd valuesAt(const FFTImage& f, const Frequency& q) {
   Eigen::VectorXcd v(static_cast<Eigen::Index>(f.nComponents));
   for (Index c = 0; c < f.nComponents; ++c)
-    v[static_cast<Eigen::Index>(c)] = Cd(f.realPart(c, q.i, q.j, q.l), f.imagPart(c, q.i, q.j, q.l));
+    v[static_cast<Eigen::Index>(c)] =
+        Cd(f.realPart(c, q.i, q.j, q.l), f.imagPart(c, q.i, q.j, q.l));
   return v;
 }
 
-inline void setValuesAt(FFTImage& f, const Frequency& q, const Eigen::VectorXcd& v) {
-  for (Index c = 0; c < f.nComponents; ++c) {
-    f.realPart(c, q.i, q.j, q.l) = v[static_cast<Eigen::Index>(c)].real();
-    f.imagPart(c, q.i, q.j, q.l) = v[static_cast<Eigen::Index>(c)].imag();
+// field = m field at every frequency.
+inline void multiply(FFTImage& field, const Eigen::MatrixXd& m) {
+  for (const Frequency& q : frequenciesOf(field)) {
+    const Eigen::VectorXcd v = m * valuesAt(field, q);
+    for (Index c = 0; c < field.nComponents; ++c) {
+      field.realPart(c, q.i, q.j, q.l) = v[static_cast<Eigen::Index>(c)].real();
+      field.imagPart(c, q.i, q.j, q.l) = v[static_cast<Eigen::Index>(c)].imag();
+    }
   }
 }
 
-// The 6 x 6 reference stiffness on Voigt vectors: engineering shear in, plain shear out.
-inline Eigen::Matrix<double, 6, 6> stiffnessMatrix(double lambda, double mu) {
-  Eigen::Matrix<double, 6, 6> c = Eigen::Matrix<double, 6, 6>::Zero();
-  for (int a = 0; a < 3; ++a) {
-    for (int b = 0; b < 3; ++b) c(a, b) = lambda;
-    c(a, a) += 2.0 * mu;
-    c(a + 3, a + 3) = mu;
+// The reference stiffness on Voigt vectors (engineering shear in, plain shear out), the
+// same on each of `points` points.
+inline Eigen::MatrixXd stiffnessMatrix(double lambda, double mu, Index points = 1) {
+  const auto n = static_cast<Eigen::Index>(points);
+  Eigen::MatrixXd c = Eigen::MatrixXd::Zero(6 * n, 6 * n);
+  for (Eigen::Index p = 0; p < 6 * n; p += 6) {
+    c.block(p, p, 3, 3).setConstant(lambda);
+    for (int a = 0; a < 3; ++a) {
+      c(p + a, p + a) += 2.0 * mu;
+      c(p + 3 + a, p + 3 + a) = mu;
+    }
   }
   return c;
 }
 
-// The same stiffness on every point of a field with `points` points per voxel.
-inline Eigen::MatrixXd pointwise(const Eigen::Matrix<double, 6, 6>& c, Index points) {
-  const auto n = static_cast<Eigen::Index>(points);
-  Eigen::MatrixXd m = Eigen::MatrixXd::Zero(6 * n, 6 * n);
-  for (Eigen::Index p = 0; p < n; ++p) m.block(6 * p, 6 * p, 6, 6) = c;
-  return m;
-}
-
-// The divergence of an operator read off as one 3 x (6 points) matrix per frequency, by
+// The divergence of an operator as one 3 x (6 points) matrix per frequency, read off by
 // applying it to unit tensors: everything that defines the discretisation's balance.
 inline std::vector<Eigen::MatrixXcd> divergenceMatrices(const DiscreteGreenOperator& op,
                                                         const Grid& g) {
@@ -90,7 +102,7 @@ inline std::vector<Eigen::MatrixXcd> divergenceMatrices(const DiscreteGreenOpera
   FFTImage probe(values, g[0], g[1], g[2], "probe");
   const std::vector<Frequency> all = frequenciesOf(probe);
   std::vector<Eigen::MatrixXcd> d(all.size(),
-                                  Eigen::MatrixXcd::Zero(3, static_cast<Eigen::Index>(values)));
+                                  Eigen::MatrixXcd(3, static_cast<Eigen::Index>(values)));
   for (Index c = 0; c < values; ++c) {
     probe = 0.0;
     for (const Frequency& q : all) probe.realPart(c, q.i, q.j, q.l) = 1.0;
@@ -107,7 +119,8 @@ inline std::vector<Eigen::MatrixXcd> divergenceMatrices(const DiscreteGreenOpera
 inline Eigen::MatrixXcd gradientFromDivergence(const Eigen::MatrixXcd& d,
                                                const IntegrationRule& rule) {
   Eigen::MatrixXcd b = -d.adjoint();
-  for (Index p = 0; p < rule.count; ++p) b.middleRows(6 * static_cast<Eigen::Index>(p), 6) /= rule.weights[p];
+  for (Index p = 0; p < rule.count; ++p)
+    b.middleRows(6 * static_cast<Eigen::Index>(p), 6) /= rule.weights[p];
   return b;
 }
 

@@ -1,0 +1,204 @@
+// The operators on spectra: a real field stays real, the divergence of each finite-difference
+// scheme is its stencil on the voxel grid, and the filters scale the operator as they should.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"  // GCC 12 on Eigen's AVX-512 code
+#include <gtest/gtest.h>
+
+#include <numbers>
+#include <ostream>
+#include <set>
+#include <vector>
+
+#include "GreenOperatorTestSupport.h"
+#include "operators/SpectralFilter.h"
+
+namespace gridmoor::test {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+const std::array<double, 3> kVoxel = {1.0, 0.7, 1.3};
+const ReferenceConstants kReference = ReferenceConstants::of(0.8, 1.7, 0.3, 0.45);
+
+void fillRandom(FFTImage& f, unsigned seed) {
+  std::mt19937 gen(seed);
+  std::uniform_real_distribution<double> dist(-1.0, 1.0);
+  for (double& v : f) v = dist(gen);
+}
+
+struct SpectrumCase {
+  G discretisation;
+  Grid grid;
+};
+void PrintTo(const SpectrumCase& c, std::ostream* os) {
+  *os << wordOf(c.discretisation) << " on " << c.grid[0] << "x" << c.grid[1] << "x" << c.grid[2];
+}
+
+class GreenOperatorRealField : public ::testing::TestWithParam<SpectrumCase> {};
+
+// Transform a real field, apply, transform back and forth again: a spectrum that is not
+// Hermitian where it holds a frequency and its negative (third index 0 and, on an even
+// axis, n / 2) loses its anti-Hermitian part on the way, and the two differ.
+TEST_P(GreenOperatorRealField, SpectrumStaysHermitian) {
+  const Grid& g = GetParam().grid;
+  const auto op = DiscreteGreenOperator::create(
+      GreenOperatorSettings::of(GetParam().discretisation, FilterType::None, true, kVoxel), g);
+  FFTImage tensor(op->valuesPerVoxel(), g[0], g[1], g[2], "tensor");
+  FFTImage force(3, g[0], g[1], g[2], "force");
+  tensor.createPlans("Estimate");
+  force.createPlans("Estimate");
+  fillRandom(tensor, 41);
+  fillRandom(force, 42);
+  tensor.forwardTransform();
+  force.forwardTransform();
+  auto applied = copyOf(tensor);
+  for (int pass = 0; pass < 2; ++pass) {
+    if (pass == 0) op->applyGamma0(tensor, kReference);
+    if (pass == 1) op->applyPsi0(force, tensor, kReference);
+    *applied = tensor;
+    tensor.backwardTransform();
+    tensor.forwardTransform();
+    EXPECT_LT(maxDifference(tensor, *applied), 1e-12) << (pass == 0 ? "Gamma0" : "Psi0");
+  }
+}
+
+std::vector<SpectrumCase> realFieldCases() {
+  std::vector<SpectrumCase> cases;
+  for (G v : {G::Basic, G::ForwardDifference, G::CentralDifference, G::BackwardDifference,
+              G::StaggeredGrid, G::TrilinearFE, G::Q1FE, G::Hex8RHourGlassControl, G::Helmholtz})
+    cases.push_back({v, {5, 3, 7}});
+  // On even axes the vector of the Nyquist index must be its own conjugate. The continuous
+  // i xi is not (those planes of "Basic" and "Helmholtz" are left to the transform), and the
+  // central difference and the reduced element have a zero symbol there.
+  for (G v : {G::ForwardDifference, G::BackwardDifference, G::StaggeredGrid, G::Q1FE,
+              G::Hex8RHourGlassControl})
+    cases.push_back({v, {4, 6, 8}});
+  return cases;
+}
+
+INSTANTIATE_TEST_SUITE_P(GreenOperator, GreenOperatorRealField,
+                         ::testing::ValuesIn(realFieldCases()),
+                         [](const ::testing::TestParamInfo<SpectrumCase>& info) {
+                           return wordOf(info.param.discretisation) +
+                                  (info.param.grid[0] % 2 == 0 ? "Even" : "Odd");
+                         });
+
+// The divergence of a real stress field through the spectrum against the stencils on the
+// grid: forward (u[x + 1] - u[x]) / h, backward (u[x] - u[x - 1]) / h, central; the staggered
+// grid differentiates normal stresses forward and shear stresses backward.
+TEST(GreenOperatorStencils, DivergenceIsTheStencilOfItsScheme) {
+  const Grid g = {5, 4, 6};
+  const int voigt[3][3] = {{0, 5, 4}, {5, 1, 3}, {4, 3, 2}};
+  enum Stencil { Forward, Backward, Central };
+  struct Scheme {
+    G discretisation;
+    Stencil normal, shear;
+  };
+  for (const Scheme& scheme : {Scheme{G::ForwardDifference, Forward, Forward},
+                               Scheme{G::BackwardDifference, Backward, Backward},
+                               Scheme{G::CentralDifference, Central, Central},
+                               Scheme{G::StaggeredGrid, Forward, Backward}}) {
+    FFTImage stress(6, g[0], g[1], g[2], "stress");
+    stress.createPlans("Estimate");
+    fillRandom(stress, 43);
+    const auto original = copyOf(stress);
+    const auto at = [&](Index c, std::array<std::int64_t, 3> x) {
+      for (int d = 0; d < 3; ++d)
+        x[d] = (x[d] + static_cast<std::int64_t>(g[d])) % static_cast<std::int64_t>(g[d]);
+      return *original->elementPointer(c, static_cast<Index>(x[0]), static_cast<Index>(x[1]),
+                                       static_cast<Index>(x[2]));
+    };
+    stress.forwardTransform();
+    DiscreteGreenOperator::create(
+        GreenOperatorSettings::of(scheme.discretisation, FilterType::None, true, kVoxel), g)
+        ->applyDivergence(stress);
+    stress.backwardTransform();
+    double worst = 0.0;
+    for (Index i = 0; i < g[0]; ++i)
+      for (Index j = 0; j < g[1]; ++j)
+        for (Index k = 0; k < g[2]; ++k)
+          for (int r = 0; r < 3; ++r) {
+            double expected = 0.0;
+            for (int d = 0; d < 3; ++d) {
+              const auto c = static_cast<Index>(voigt[r][d]);
+              std::array<std::int64_t, 3> x = {static_cast<std::int64_t>(i),
+                                               static_cast<std::int64_t>(j),
+                                               static_cast<std::int64_t>(k)};
+              const double here = at(c, x);
+              ++x[d];
+              const double next = at(c, x);
+              x[d] -= 2;
+              const double previous = at(c, x);
+              const Stencil s = r == d ? scheme.normal : scheme.shear;
+              expected += (s == Forward    ? next - here
+                           : s == Backward ? here - previous
+                                           : (next - previous) / 2.0) /
+                          kVoxel[d];
+            }
+            worst = std::max(
+                worst, std::abs(*stress.elementPointer(static_cast<Index>(r), i, j, k) - expected));
+          }
+    EXPECT_LT(worst, 1e-13) << wordOf(scheme.discretisation);
+  }
+}
+
+const Grid kFilterGrid = {4, 6, 5};  // even axes: the Nyquist index takes part
+
+TEST(GreenOperatorFilter, ValuesOfOneAxis) {
+  EXPECT_EQ(getFilterValue(FilterType::None, 3, 8, 0), 1.0);
+  EXPECT_EQ(getFilterValue(FilterType::Periodize, 0, 8, 0), 1.0);
+  // Index 1 of 4: t = pi / 4. The Nyquist index 2 of 4: t = -pi / 2.
+  EXPECT_NEAR(getFilterValue(FilterType::Periodize, 1, 4, 0), 8.0 / (kPi * kPi), 1e-15);
+  EXPECT_NEAR(getFilterValue(FilterType::Periodize, 2, 4, 0), 4.0 / (kPi * kPi), 1e-15);
+  // Index 3 of 4 is f = -1: cos^2 of (f + a n) pi / (2 n).
+  EXPECT_NEAR(getFilterValue(FilterType::NonConsistent, 0, 4, 1), 0.0, 1e-15);
+  EXPECT_NEAR(getFilterValue(FilterType::NonConsistent, 3, 4, 1),
+              std::pow(std::cos(3 * kPi / 8), 2), 1e-15);
+  EXPECT_NEAR(getFilterValue(FilterType::NonConsistent, 3, 4, -1),
+              std::pow(std::cos(5 * kPi / 8), 2), 1e-15);
+  EXPECT_EQ(kAliasTriples[0], (AliasTriple{0, 0, 0}));
+  EXPECT_EQ(std::set<AliasTriple>(kAliasTriples.begin(), kAliasTriples.end()).size(), 27u);
+}
+
+// Gamma0 with a filter and without it on the same random spectrum.
+std::array<std::unique_ptr<FFTImage>, 2> gamma0WithAndWithout(G discretisation, FilterType filter) {
+  auto plain = randomSpectrum(6, kFilterGrid, 51);
+  auto filtered = copyOf(*plain);
+  DiscreteGreenOperator::create(
+      GreenOperatorSettings::of(discretisation, FilterType::None, false, kVoxel), kFilterGrid)
+      ->applyGamma0(*plain, kReference);
+  DiscreteGreenOperator::create(GreenOperatorSettings::of(discretisation, filter, true, kVoxel),
+                                kFilterGrid)
+      ->applyGamma0(*filtered, kReference);
+  return {std::move(plain), std::move(filtered)};
+}
+
+double signedT(Index m, int d, double scale) {
+  const auto n = static_cast<std::int64_t>(kFilterGrid[static_cast<std::size_t>(d)]);
+  return static_cast<double>(signedFrequency(static_cast<std::int64_t>(m), n)) * kPi /
+         (scale * static_cast<double>(n));
+}
+
+// Filters on an operator whose vector is the same at every alias (a finite difference's
+// symbol is periodic): the periodized result is the plain one times the product of the axis
+// values (sin t / t)^2, t = f pi / n; the non-consistent one adds the aliases' filter values,
+// per axis cos^2 t + 2 sin^2 t, t = f pi / (2 n).
+TEST(GreenOperatorFilter, FilteredOperatorIsThePlainOneTimesItsFilterSum) {
+  for (FilterType filter : {FilterType::Periodize, FilterType::NonConsistent}) {
+    const auto r = gamma0WithAndWithout(G::ForwardDifference, filter);
+    for (const Frequency& q : frequenciesOf(*r[0])) {
+      if (q.isZero()) continue;
+      double factor = 1.0;
+      const Index m[3] = {q.i, q.j, q.l};
+      for (int d = 0; d < 3; ++d) {
+        const double t = signedT(m[d], d, filter == FilterType::Periodize ? 1.0 : 2.0);
+        factor *= filter == FilterType::NonConsistent ? 1.0 + std::pow(std::sin(t), 2)
+                  : m[d] == 0                         ? 1.0
+                                                      : std::pow(std::sin(t) / t, 2);
+      }
+      const Eigen::VectorXcd expected = factor * valuesAt(*r[0], q);
+      EXPECT_LT((valuesAt(*r[1], q) - expected).norm(), 1e-12 * expected.norm());
+    }
+  }
+}
+
+}  // namespace
+}  // namespace gridmoor::test
