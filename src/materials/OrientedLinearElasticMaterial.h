@@ -7,7 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
-#include <unordered_map>
+#include <vector>
 
 #include "materials/LinearElasticMaterial.h"
 
@@ -23,24 +23,58 @@ struct OrientationKey {
   }
 };
 
-struct OrientationKeyHash {
-  std::size_t operator()(const OrientationKey& key) const {
-    std::uint64_t h = 1469598103934665603ull;
-    for (double angle : key.angles) {
-      std::uint64_t bits;
-      std::memcpy(&bits, &angle, sizeof bits);
-      h = (h ^ bits) * 1099511628211ull;
-      h ^= h >> 29;
-    }
-    return static_cast<std::size_t>(h);
+inline std::uint64_t hashOf(const OrientationKey& key) {
+  std::uint64_t h = 0;
+  for (double angle : key.angles) {
+    std::uint64_t bits;
+    std::memcpy(&bits, &angle, sizeof bits);
+    h = (h ^ bits) * 0x9e3779b97f4a7c15ull;
+    h ^= h >> 32;
   }
-};
+  // Final mix, so that the low bits that pick the slot depend on every bit of the angles.
+  h ^= h >> 33;
+  h *= 0xff51afd7ed558ccdull;
+  h ^= h >> 33;
+  return h;
+}
 
 struct OrientedMatrices {
   VoigtMatrix stiffness;
   VoigtMatrix compliance;
   // Thermal strain per unit temperature in the voxel's frame (engineering shear).
   std::array<double, 6> thermalExpansion{};
+};
+
+// Map from orientation to its matrices, read once per voxel in the solver loops. Open
+// addressing over a power-of-two slot array keeps the keys of thousands of orientations in a
+// few cache lines, where node-based maps cost a cache miss per voxel; the matrices stand in
+// one contiguous array.
+class OrientationTable {
+ public:
+  void clear();
+  std::size_t size() const { return entries_.size(); }
+  // The entry of key, or null.
+  const OrientedMatrices* find(const OrientationKey& key) const {
+    if (slots_.empty()) return nullptr;
+    for (std::uint64_t i = hashOf(key) & mask_;; i = (i + 1) & mask_) {
+      const Slot& slot = slots_[i];
+      if (slot.entry == 0) return nullptr;
+      if (slot.key == key) return &entries_[slot.entry - 1];
+    }
+  }
+  // Adds an entry for a key that is not in the table yet.
+  void insert(const OrientationKey& key, const OrientedMatrices& matrices);
+
+ private:
+  struct Slot {
+    OrientationKey key;
+    std::uint32_t entry = 0;  // index + 1 into entries_; 0 marks a free slot
+  };
+  void grow();
+
+  std::vector<Slot> slots_;
+  std::uint64_t mask_ = 0;
+  std::vector<OrientedMatrices> entries_;
 };
 
 class OrientedLinearElasticMaterial : public LinearElasticMaterial {
@@ -53,7 +87,8 @@ class OrientedLinearElasticMaterial : public LinearElasticMaterial {
 
   // Walks the voxels of this law's colour in the local slab and makes one entry per new
   // orientation. Runs on the main thread before the solve; afterwards the map is only read.
-  // A law that is isotropic after all, or a run without orientation field, needs no entry.
+  // It also decides whether the law is turned at all: not when it is isotropic after all or
+  // the run has no orientation field.
   void prepareVoxelData() override;
 
   int numberOfAngles() const { return numberOfAngles_; }
@@ -83,7 +118,9 @@ class OrientedLinearElasticMaterial : public LinearElasticMaterial {
                                   double* eps9) const;
 
  private:
-  bool rotates() const;
+  // Set by prepareVoxelData; the orientation pointer is checked as well, so that a law whose
+  // field is taken away answers unturned.
+  bool rotates() const { return turned_ && orientation != nullptr; }
   OrientationKey keyOfVoxel(VoxelIndex x, VoxelIndex y, VoxelIndex z) const;
   OrientedMatrices orientedMatricesOf(const OrientationKey& key) const;
   // Calls use(stiffness, compliance, thermalExpansion) with the matrices of the voxel: the
@@ -93,15 +130,15 @@ class OrientedLinearElasticMaterial : public LinearElasticMaterial {
   auto withMatricesOfVoxel(VoxelIndex x, VoxelIndex y, VoxelIndex z, Use use) const {
     if (!rotates()) return use(cVoigt, cVoigtInverse, materialThermalExpansion);
     const OrientationKey key = keyOfVoxel(x, y, z);
-    const auto entry = orientedMatrices_.find(key);
-    if (entry != orientedMatrices_.end())
-      return use(entry->second.stiffness, entry->second.compliance, entry->second.thermalExpansion);
+    if (const OrientedMatrices* entry = orientedMatrices_.find(key))
+      return use(entry->stiffness, entry->compliance, entry->thermalExpansion);
     const OrientedMatrices turned = orientedMatricesOf(key);
     return use(turned.stiffness, turned.compliance, turned.thermalExpansion);
   }
 
   int numberOfAngles_;
-  std::unordered_map<OrientationKey, OrientedMatrices, OrientationKeyHash> orientedMatrices_;
+  bool turned_ = false;
+  OrientationTable orientedMatrices_;
 };
 
 }  // namespace gridmoor

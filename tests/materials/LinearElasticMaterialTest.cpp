@@ -247,6 +247,18 @@ TEST_F(LinearElasticLaw, OrientationMapHasOneEntryPerDistinctOrientation) {
   row.attach(*ti);
   EXPECT_EQ(ti->numberOfOrientations(), 2u);
 
+  // Enough orientations to make the table grow: each voxel still finds its own entry.
+  OrientedRow many(std::vector<Colour>(300, 1), 3);
+  for (int z = 0; z < 300; ++z) many.set(z, {0.01 * (z % 150), 0.2, z < 150 ? 0.0 : 1.0});
+  const auto grown =
+      make<OrthotropicLinearElasticMaterial>(parametersOf(woodParameters), &many.geometry);
+  many.attach(*grown);
+  EXPECT_EQ(grown->numberOfOrientations(), 300u);
+  for (int z = 0; z < 300; ++z)
+    ASSERT_EQ(grown->getCVoigtOfVoxel(0, 0, 0, z).m,
+              rotateStiffnessXZX(grown->cVoigt, 0.01 * (z % 150), 0.2, z < 150 ? 0.0 : 1.0).m)
+        << z;
+
   EulerAnglesImage small(3, 1, 1, 2, "EulerAnglesImage");
   orth->orientation = &small;
   EXPECT_EXIT(orth->prepareVoxelData(), ::testing::ExitedWithCode(1),
