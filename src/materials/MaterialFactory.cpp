@@ -72,15 +72,14 @@ void MaterialFactory::build(const MaterialSource& source, bool forceAutomaticHyb
 
   const std::vector<Colour>& hybrids = geometry_->hybridColorList;
   if (!forceAutomaticHybrids) passEntries(source.entries, hybrids);
+  std::vector<Colour> open;
+  for (Colour colour : hybrids)
+    if (!vector_.materialOf(colour)) open.push_back(colour);
+  if (open.empty()) return;
+  // A wrong word gets its own message before any hybrid law is attempted.
   const std::string word = keywords_.hybridMixingFormula();
-  bool checked = false;
-  for (Colour colour : hybrids) {
-    if (vector_.materialOf(colour)) continue;
-    // A wrong word is reported by its own message before any hybrid law is attempted.
-    if (!checked) checkMixingFormula(kind_, word);
-    checked = true;
-    buildEntry(autoHybridEntry(kind_, colour, word), colour);
-  }
+  checkMixingFormula(kind_, word);
+  for (Colour colour : open) buildEntry(autoHybridEntry(kind_, colour, word), colour);
 }
 
 std::vector<Colour> MaterialFactory::servedColours() const {

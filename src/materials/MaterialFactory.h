@@ -76,6 +76,7 @@ class MaterialFactory {
   const KeywordsElasticity& keywords_;
   std::shared_ptr<const LoadCaseTable> loadCases_;
   std::shared_ptr<InternalVariablesStore> internalVariablesStore_;
+  // Where the user-routine laws will look for their sources, next to the parameter file.
   std::string directory_;
 };
 
