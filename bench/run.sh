@@ -50,3 +50,6 @@ done
 echo
 SIZES="$SIZES" BUILD="$BUILD" THREADS="$THREADS" MIN_SECONDS="$MIN_SECONDS" \
   bench/green_operators.sh
+
+# The solver rows, in a table of their own.
+BUILD="$BUILD" NEUMANN_SIZES="$SIZES" bench/neumann.sh

@@ -1,0 +1,178 @@
+#include "solvers/LoadStepSolver.h"
+
+#include <functional>
+#include <iostream>
+#include <vector>
+
+#include "common/Fatal.h"
+#include "input/KeywordsElasticity.h"
+#include "materials/MaterialVector.h"
+#include "solvers/PairAndLargeStrainImages.h"
+#include "solvers/StrainStressImage.h"
+#include "voxel/Geometry.h"
+
+namespace gridmoor {
+
+namespace {
+
+using FieldFactory = std::function<std::shared_ptr<ElasticityHyperelasticityImage>(
+    const GreenOperatorSettings&, const std::array<std::uint64_t, 3>&, const std::string&)>;
+
+template <class T>
+FieldFactory factoryOf() {
+  return [](const GreenOperatorSettings& s, const std::array<std::uint64_t, 3>& g,
+            const std::string& name) -> std::shared_ptr<ElasticityHyperelasticityImage> {
+    return std::make_shared<T>(s.mainRule, s.hourglassRule, g[0], g[1], g[2], name);
+  };
+}
+
+const std::map<std::string, FieldFactory>& formulationTable() {
+  static const std::map<std::string, FieldFactory> table = {
+      {"Strain", factoryOf<StrainImage>()},
+      {"Stress", factoryOf<StressImage>()},
+      {"Polarization", factoryOf<PolarizationImage>()},
+      {"Eigenstrain", factoryOf<EigenstrainImage>()},
+      {"DeformationGradient", factoryOf<DeformationGradientImage>()}};
+  return table;
+}
+
+// The fields of each iterative method beyond the first three rows of the table.
+const std::map<std::string, std::vector<std::string>>& methodTable() {
+  static const std::map<std::string, std::vector<std::string>> table = {
+      {"CG", {"d_k", "g_k", "Ad_k", "e0"}},
+      {"slowCG", {"Ad_k", "e0"}},
+      {"BiCGSTAB", {"s_k", "r_k", "p_k", "Ap_k", "As_k", "r_0", "e0"}},
+      {"MINRES", {"s_k", "r_k", "p_k", "p_k_old", "s_k_old", "p_k_oldest", "s_k_oldest", "e0"}},
+      {"LSQR", {"u_k", "v_k", "w_k", "Auv_k", "e0"}},
+      {"NeumannSeries", {}}};
+  return table;
+}
+
+GreenOperatorSettings settingsOf(const KeywordsElasticity& keywords,
+                                 const std::array<double, 3>& voxelLength) {
+  return GreenOperatorSettings::of(keywords.greenOperator(), keywords.filter(),
+                                   keywords.specializeOperators(), voxelLength);
+}
+
+}  // namespace
+
+std::shared_ptr<ElasticityHyperelasticityImage> makeFormulationField(
+    const std::string& formulation, const KeywordsElasticity& keywords,
+    const std::array<std::uint64_t, 3>& grid, const std::string& name) {
+  const auto it = formulationTable().find(formulation);
+  if (it == formulationTable().end()) fatal("Unknown problem formulation");
+  return it->second(settingsOf(keywords, {1.0, 1.0, 1.0}), grid, name);
+}
+
+SolverFields allocateSolverFields(const KeywordsElasticity& keywords,
+                                  const MaterialElasticVector& materials, const Geometry& geometry,
+                                  const std::array<std::uint64_t, 3>& grid, bool pathIndependent) {
+  const std::string formulation = keywords.problemFormulation();
+  SolverFields f;
+  f.deltaE = makeFormulationField(formulation, keywords, grid, "deltaE");
+  const bool sequence = keywords.numberOfSteps() >= 2 || keywords.numberOfLoadCases() > 0;
+  const bool extrapolatesFromLoad =
+      pathIndependent && keywords.extrapolation() != ExtrapolationType::AffinLinear;
+  f.E_old = sequence && !extrapolatesFromLoad
+                ? makeFormulationField(formulation, keywords, grid, "E_old")
+                : f.deltaE;
+  f.E = keywords.linearizeWithNR() ? makeFormulationField(formulation, keywords, grid, "E")
+                                   : f.deltaE;
+  const auto method = methodTable().find(keywords.iterativeMethod());
+  if (method == methodTable().end()) return f;
+  // The start field of the Krylov methods is not needed when every law is affine linear in
+  // the formulation and no Newton-Raphson iteration runs: the load alone fixes the start.
+  const bool skipStart =
+      materials.allLinearForFormulation(keywords, geometry) && !keywords.linearizeWithNR();
+  for (const std::string& name : method->second) {
+    if (name == "e0" && skipStart) continue;
+    f.methodFields[name] = makeFormulationField(formulation, keywords, grid, name);
+  }
+  return f;
+}
+
+MacroscopicLoad macroscopicLoadOf(const KeywordsElasticity& keywords, double time) {
+  std::vector<double> values;
+  keywords.macroscopicLoadAt(time, values);
+  MacroscopicLoad load;
+  switch (keywords.macroscopicLoadKind()) {
+    case LoadKind::Strain: load.stressMask = 0; break;
+    case LoadKind::Stress: load.stressMask = kAllVoigtBits; break;
+    // The store's bit says "strain prescribed"; the solver's says "stress prescribed".
+    case LoadKind::StrainStress: load.stressMask = ~keywords.mixedMask() & kAllVoigtBits; break;
+    default: fatal("Macroscopic load kind " + loadKindName(keywords.macroscopicLoadKind()) +
+                   " is not solved by the small-strain formulations");
+  }
+  for (std::size_t c = 0; c < 6 && c < values.size(); ++c) load.values[c] = values[c];
+  load.rotation = keywords.coordinateSystemMatrix();
+  return load;
+}
+
+LoadStepSolver::LoadStepSolver(const KeywordsElasticity& keywords, const Geometry& geometry,
+                               const MaterialElasticVector& materials,
+                               const std::string& outputDirectory, const Timer* runTimer)
+    : keywords_(keywords),
+      geometry_(geometry),
+      materials_(materials),
+      outputDirectory_(outputDirectory),
+      runTimer_(runTimer) {
+  const std::array<std::uint64_t, 3> grid = {geometry.getSizeX(), geometry.getSizeY(),
+                                             geometry.getSizeZ()};
+  op_ = DiscreteGreenOperator::create(
+      settingsOf(keywords, {geometry.getResolutionX(), geometry.getResolutionY(),
+                            geometry.getResolutionZ()}),
+      grid);
+  const bool allLinear = materials.allLinear(geometry);
+  const bool pathIndependent =
+      !materials.hasInternalVariables(geometry, keywords.problemFormulation());
+  if (allLinear || (pathIndependent && !keywords.linearizeWithNR()))
+    routineSet_ = RoutineSet::Linear;
+  else if (keywords.linearizeWithNR())
+    routineSet_ = RoutineSet::NewtonRaphson;
+  else
+    routineSet_ = RoutineSet::Fixed;
+}
+
+NeumannResult LoadStepSolver::solveStep(int step, SolverFields& fields, double lambda0, double mu0,
+                                        SolverCounters& counters, int doneSteps, int totalSteps) {
+  if (keywords_.iterativeMethod() != "NeumannSeries")
+    fatal("Iterative method " + keywords_.iterativeMethod() + " is not available yet");
+  if (routineSet_ == RoutineSet::NewtonRaphson)
+    fatal("Newton-Raphson iterations are not available yet");
+  // The load at the end of the step: the state the step has to reach.
+  const double time = keywords_.timeOfStep(step + 1);
+  const MacroscopicLoad load = macroscopicLoadOf(keywords_, time);
+  StepContext ctx;
+  ctx.keywords = &keywords_;
+  ctx.materials = &materials_;
+  ctx.geometry = &geometry_;
+  ctx.greenOperator = op_.get();
+  ctx.reference = ReferenceConstants::of(lambda0, mu0);
+  if (routineSet_ == RoutineSet::Fixed) ctx.oldField = fields.E_old.get();
+  ctx.temperatureChange = keywords_.temperatureChangeAt(time);
+  ctx.tikhonovAlpha =
+      keywords_.tikhonovRegularization() ? keywords_.tikhonovRegularizationAlpha() : 0.0;
+
+  ConvergenceSettings settings =
+      ConvergenceSettings::fromKeywords(keywords_, outputDirectory_, runTimer_);
+  settings.doneSteps = doneSteps;
+  settings.totalSteps = totalSteps;
+  ElasticityHyperelasticityImage& field = *fields.deltaE;
+  NeumannOptions options;
+  options.routineSet = routineSet_;
+  options.stepIndex = step;
+  options.eyreMilton =
+      keywords_.accelerateWithEyreMilton() && keywords_.problemFormulation() == "DeformationGradient";
+  if (settings.useDivergence) {
+    if (!divergenceWork_) {
+      divergenceWork_ = std::make_unique<FFTImage>(field.nComponents, field.nFirst, field.nSecond,
+                                                   field.nThird, "divergenceWork");
+      divergenceWork_->createPlans(keywords_.plannerFlag());
+    }
+    options.divergenceWork = divergenceWork_.get();
+  }
+  field.resetSolverState();
+  return solveNeumannSeries(field, ctx, load, options, settings, counters, std::cout, std::cerr);
+}
+
+}  // namespace gridmoor

@@ -1,0 +1,73 @@
+// What the run sequence calls around the solve: the work fields of the formulation and the
+// method (aliases where a field is not needed), and the solve of one load step.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "operators/DiscreteGreenOperator.h"
+#include "solvers/NeumannSeries.h"
+
+namespace gridmoor {
+
+class Geometry;
+class KeywordsElasticity;
+class MaterialElasticVector;
+
+// The named work fields of a run. An unneeded field is the same object as another one,
+// never null: E_old and E are deltaE unless the run needs them apart.
+struct SolverFields {
+  std::shared_ptr<ElasticityHyperelasticityImage> deltaE;
+  std::shared_ptr<ElasticityHyperelasticityImage> E_old;
+  std::shared_ptr<ElasticityHyperelasticityImage> E;
+  // The fields of the iterative method ("d_k", "g_k", ... and "e0"), by name.
+  std::map<std::string, std::shared_ptr<ElasticityHyperelasticityImage>> methodFields;
+};
+
+// A field of the formulation's class ("Strain": StrainImage, "Stress": StressImage, ...) on the
+// grid, with the integration rules of the run's discretisation.
+std::shared_ptr<ElasticityHyperelasticityImage> makeFormulationField(
+    const std::string& formulation, const KeywordsElasticity& keywords,
+    const std::array<std::uint64_t, 3>& grid, const std::string& name);
+
+// Allocates the fields of the run by formulation and iterative method. pathIndependent: no
+// used law keeps history. A method word outside the table allocates no method fields.
+SolverFields allocateSolverFields(const KeywordsElasticity& keywords,
+                                  const MaterialElasticVector& materials, const Geometry& geometry,
+                                  const std::array<std::uint64_t, 3>& grid, bool pathIndependent);
+
+// The macroscopic load of the keyword store at `time` in the solver's form.
+MacroscopicLoad macroscopicLoadOf(const KeywordsElasticity& keywords, double time);
+
+// One object per run: the Green operator of the discretisation is built once, and each call
+// of solveStep solves one load step in place on the fields.
+class LoadStepSolver {
+ public:
+  LoadStepSolver(const KeywordsElasticity& keywords, const Geometry& geometry,
+                 const MaterialElasticVector& materials, const std::string& outputDirectory,
+                 const Timer* runTimer);
+
+  // Solves step `step` with the isotropic reference (lambda0, mu0). The fields must be
+  // planned. doneSteps and totalSteps place the solve on the main progress bar.
+  NeumannResult solveStep(int step, SolverFields& fields, double lambda0, double mu0,
+                          SolverCounters& counters, int doneSteps, int totalSteps);
+
+  const DiscreteGreenOperator& greenOperator() const { return *op_; }
+  RoutineSet routineSet() const { return routineSet_; }
+
+ private:
+  const KeywordsElasticity& keywords_;
+  const Geometry& geometry_;
+  const MaterialElasticVector& materials_;
+  std::string outputDirectory_;
+  const Timer* runTimer_;
+  std::unique_ptr<DiscreteGreenOperator> op_;
+  RoutineSet routineSet_ = RoutineSet::Linear;
+  // Made at the first solve that measures the divergence, then kept for the run.
+  std::unique_ptr<FFTImage> divergenceWork_;
+};
+
+}  // namespace gridmoor

@@ -1,0 +1,276 @@
+#include "solvers/StrainStressImage.h"
+
+#include <omp.h>
+
+#include "common/Fatal.h"
+#include "input/KeywordsElasticity.h"
+#include "materials/MaterialVector.h"
+#include "solvers/MacroscopicRelation.h"
+#include "voxel/Geometry.h"
+
+namespace gridmoor {
+
+namespace {
+
+using LawTable = std::array<DiscretizedElasticMaterial*, 256>;
+
+// The law of each colour, looked up once per pass so that the voxel loop reads the colour and
+// calls the law through one pointer. A used colour without a law ends the run before any
+// voxel is touched.
+LawTable lawTableOf(const StepContext& ctx, const FFTImage& image) {
+  const ColorImage& colours = ctx.geometry->RealVoxelImage;
+  if (colours.getGlobalSizeX() != image.nFirst || colours.sizeY != image.nSecond ||
+      colours.sizeZ != image.nThird)
+    fatal("Field " + image.getName() + " does not match the grid of the geometry");
+  LawTable laws{};
+  for (Colour c : ctx.geometry->getUsedColors()) {
+    laws[c] = ctx.materials->elasticLaw(c);
+    if (!laws[c]) fatal("Not for all colors are the material parameters defined!");
+  }
+  return laws;
+}
+
+// Visits every integration point of `image` with its voxel's law, in the OpenMP team with
+// static chunks of the first axis. Each thread works on its own Acc, merged at the end.
+template <class Acc, class Body>
+Acc visitPoints(const FFTImage& image, const StepContext& ctx, std::uint64_t points,
+                Body body) {
+  const LawTable laws = lawTableOf(ctx, image);
+  const ColorImage& colours = ctx.geometry->RealVoxelImage;
+  Acc total;
+#pragma omp parallel
+  {
+    Acc local;
+    const IndexRange range = image.threadFirstRange();
+    for (std::uint64_t x = range.begin; x < range.end; ++x)
+      for (std::uint64_t y = 0; y < image.nSecond; ++y) {
+        const std::uint64_t row = (x - image.firstOffset) * image.planeStride + y * image.rowStride;
+        for (std::uint64_t z = 0; z < image.nThird; ++z) {
+          const Colour colour = colours.at(x, y, z);
+          DiscretizedElasticMaterial* law = laws[colour];
+          const std::uint64_t offset = row + z * image.nComponents;
+          for (std::uint64_t p = 0; p < points; ++p)
+            body(local, *law, colour, x, y, z, p, offset + 6 * p);
+        }
+      }
+#pragma omp critical(gridmoor_visit_points)
+    total.merge(local);
+  }
+  return total;
+}
+
+struct SumAcc {
+  double value = 0.0;
+  void merge(const SumAcc& o) { value += o.value; }
+};
+
+struct PassAcc {
+  double stressSquared = 0.0;
+  std::array<double, ElasticityImage::kMaxValuesPerVoxel> regularisation{};
+  void merge(const PassAcc& o) {
+    stressSquared += o.stressSquared;
+    for (std::size_t i = 0; i < regularisation.size(); ++i) regularisation[i] += o.regularisation[i];
+  }
+};
+
+inline double stressNormSquared(const double* s) {
+  return s[0] * s[0] + s[1] * s[1] + s[2] * s[2] + 2.0 * (s[3] * s[3] + s[4] * s[4] + s[5] * s[5]);
+}
+
+const double kZeroVoigt[6] = {0, 0, 0, 0, 0, 0};
+
+// The stress of the law at a point for the step kind. Thermal forms only when there is a
+// temperature change, so that plain runs make one virtual call per point.
+template <bool Thermal>
+inline void computeStressAt(DiscretizedElasticMaterial& law, StepKind kind, const StepContext& ctx,
+                            std::uint64_t x, std::uint64_t y, std::uint64_t z, const double* old,
+                            const double* total, const double* e, double* s) {
+  const int lc = ctx.loadCase;
+  const double t = ctx.temperatureChange;
+  switch (kind) {
+    case StepKind::Linear:
+      if constexpr (Thermal) law.thermalS(lc, x, y, z, t, e, s);
+      else law.S(lc, x, y, z, e, s);
+      break;
+    case StepKind::Nonlinear:
+      if constexpr (Thermal) law.thermalSWithHistory(lc, x, y, z, t, old, e, s);
+      else law.S(lc, x, y, z, old, e, s);
+      break;
+    case StepKind::Linearized:
+      if constexpr (Thermal) law.thermalSLinearized(lc, x, y, z, t, old, total, e, s);
+      else law.S(lc, x, y, z, old, total, e, s);
+      break;
+  }
+}
+
+template <bool Thermal>
+double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
+                  const MacroscopicLoad& load, double* regularisationSums) {
+  if (kind != StepKind::Linear && !ctx.oldField)
+    fatal("A step with history needs the field of the last converged step");
+  if (kind == StepKind::Linearized && !ctx.totalField)
+    fatal("A linearized step needs the total field");
+  const bool tikhonov = ctx.tikhonovAlpha != 0.0;
+  std::array<bool, 256> regularised{};
+  if (tikhonov)
+    for (Colour c : ctx.materials->colorsWithoutInfiniteContrast(*ctx.geometry)) regularised[c] = true;
+  // Target of the regularisation: the prescribed strain components; the others carry none.
+  std::array<double, 6> target{};
+  std::array<bool, 6> targeted{};
+  for (unsigned c = 0; c < 6; ++c) {
+    targeted[c] = !(load.stressMask & (1u << c));
+    target[c] = targeted[c] ? load.values[c] : 0.0;
+  }
+  const double* weights = image.mainRule.weights.data();
+  double* data = image.data();
+  const double* oldData = ctx.oldField ? ctx.oldField->data() : nullptr;
+  const double* totalData = ctx.totalField ? ctx.totalField->data() : nullptr;
+  // Without history in homogenization the linearization runs about an unstrained old state.
+  const bool zeroOld = kind == StepKind::Linearized && ctx.keywords &&
+                       ctx.keywords->usingLinearizedMaterialLawForHomogenization();
+  const ReferenceConstants& ref = ctx.reference;
+  const PassAcc acc = visitPoints<PassAcc>(
+      image, ctx, image.pointsPerVoxel(),
+      [&](PassAcc& local, DiscretizedElasticMaterial& law, Colour colour, std::uint64_t x,
+          std::uint64_t y, std::uint64_t z, std::uint64_t p, std::uint64_t at) {
+        double* e = data + at;
+        const double* old = oldData && !zeroOld ? oldData + at : kZeroVoigt;
+        const double* total = totalData ? totalData + at : nullptr;
+        double s[6];
+        double s0[6];
+        computeStressAt<Thermal>(law, kind, ctx, x, y, z, old, total, e, s);
+        applyIsotropicStiffness(ref, e, s0);
+        local.stressSquared += weights[p] * stressNormSquared(s);
+        if (tikhonov && regularised[colour]) {
+          double mismatch[6];
+          double pull[6];
+          for (int c = 0; c < 6; ++c) mismatch[c] = targeted[c] ? e[c] - target[c] : 0.0;
+          applyIsotropicStiffness(ref, mismatch, pull);
+          for (int c = 0; c < 6; ++c) {
+            s[c] += ctx.tikhonovAlpha * pull[c];
+            local.regularisation[6 * p + c] += mismatch[c];
+          }
+        }
+        for (int c = 0; c < 6; ++c) e[c] = s[c] - s0[c];
+      });
+  for (std::uint64_t i = 0; i < image.nComponents; ++i) regularisationSums[i] = acc.regularisation[i];
+  return acc.stressSquared;
+}
+
+template <bool Thermal>
+void stressOf(const StrainImage& image, FFTImage& out, const StepContext& ctx) {
+  const double* data = image.data();
+  double* target = out.data();
+  const double* oldData = ctx.oldField ? ctx.oldField->data() : nullptr;
+  visitPoints<SumAcc>(image, ctx, image.pointsPerVoxel(),
+                      [&](SumAcc&, DiscretizedElasticMaterial& law, Colour, std::uint64_t x,
+                          std::uint64_t y, std::uint64_t z, std::uint64_t, std::uint64_t at) {
+                        const StepKind kind = oldData ? StepKind::Nonlinear : StepKind::Linear;
+                        computeStressAt<Thermal>(law, kind, ctx, x, y, z,
+                                                 oldData ? oldData + at : nullptr, nullptr,
+                                                 data + at, target + at);
+                      });
+}
+
+void requireSameShape(const FFTImage& a, const FFTImage& b) {
+  if (a.nComponents != b.nComponents || a.nFirst != b.nFirst || a.nSecond != b.nSecond ||
+      a.nThird != b.nThird)
+    fatal("Fields " + a.getName() + " and " + b.getName() + " differ in shape");
+}
+
+}  // namespace
+
+double StrainImage::materialPass(StepKind kind, const StepContext& ctx,
+                                 const MacroscopicLoad& load, double* regularisationSums) {
+  return ctx.temperatureChange != 0.0
+             ? strainPass<true>(*this, kind, ctx, load, regularisationSums)
+             : strainPass<false>(*this, kind, ctx, load, regularisationSums);
+}
+
+void StrainImage::computeStress(FFTImage& out, const StepContext& ctx) const {
+  requireSameShape(*this, out);
+  out.isInFourierSpace = false;
+  if (ctx.temperatureChange != 0.0)
+    stressOf<true>(*this, out, ctx);
+  else
+    stressOf<false>(*this, out, ctx);
+}
+
+double StrainImage::getStressNormSquared(const StepContext& ctx) const {
+  const double* data = this->data();
+  const double* weights = mainRule.weights.data();
+  const double* oldData = ctx.oldField ? ctx.oldField->data() : nullptr;
+  return visitPoints<SumAcc>(
+             *this, ctx, pointsPerVoxel(),
+             [&](SumAcc& local, DiscretizedElasticMaterial& law, Colour, std::uint64_t x,
+                 std::uint64_t y, std::uint64_t z, std::uint64_t p, std::uint64_t at) {
+               double s[6];
+               const StepKind kind = oldData ? StepKind::Nonlinear : StepKind::Linear;
+               if (ctx.temperatureChange != 0.0)
+                 computeStressAt<true>(law, kind, ctx, x, y, z, oldData ? oldData + at : nullptr,
+                                       nullptr, data + at, s);
+               else
+                 computeStressAt<false>(law, kind, ctx, x, y, z, oldData ? oldData + at : nullptr,
+                                        nullptr, data + at, s);
+               local.value += weights[p] * stressNormSquared(s);
+             })
+      .value;
+}
+
+void StrainImage::setInitialCondition(const MacroscopicLoad& load, const StepContext& ctx) {
+  const std::array<double, 6> mean = solveMacroscopicStrain(load, {}, ctx.reference);
+  isInFourierSpace = false;
+  setConstantAtPoints(mean.data());
+  stateMark = 0;
+}
+
+void StrainImage::computeMeanFromSpectrum(const StepContext& ctx, const MacroscopicLoad& load,
+                                          const double* strainPart, double* mean) const {
+  std::array<double, 6> e{};
+  if (load.isPureStrain()) {
+    for (int c = 0; c < 6; ++c) e[c] = strainPart[c];
+  } else {
+    // The mean polarization, weighted over the points: the mean strain is one for all
+    // points of a periodic field, so the stress condition holds for the voxel mean.
+    std::array<double, 6> tau{};
+    const double n = static_cast<double>(numberOfVoxels());
+    for (std::uint64_t p = 0; p < pointsPerVoxel(); ++p)
+      for (int c = 0; c < 6; ++c) tau[c] += mainRule.weights[p] * realPart(6 * p + c, 0, 0, 0) / n;
+    e = solveMacroscopicStrain(load, tau, ctx.reference);
+  }
+  for (std::uint64_t p = 0; p < pointsPerVoxel(); ++p)
+    for (int c = 0; c < 6; ++c) mean[6 * p + c] = e[c];
+}
+
+void StrainImage::applyGamma0(const StepContext& ctx) {
+  ctx.greenOperator->applyGamma0(*this, ctx.reference);
+}
+
+void StrainImage::applyPsi0(const StepContext& ctx) {
+  ctx.greenOperator->applyPsi0(*ctx.externalForce, *this, ctx.reference);
+}
+
+namespace {
+
+[[noreturn]] void stressFormulationMissing() {
+  fatal("The stress formulation can not be solved yet: use PrimaryUnknown Strain");
+}
+
+}  // namespace
+
+void StressImage::computeStress(FFTImage&, const StepContext&) const { stressFormulationMissing(); }
+void StressImage::setInitialCondition(const MacroscopicLoad&, const StepContext&) {
+  stressFormulationMissing();
+}
+double StressImage::getStressNormSquared(const StepContext&) const { stressFormulationMissing(); }
+void StressImage::applyGamma0(const StepContext&) { stressFormulationMissing(); }
+void StressImage::applyPsi0(const StepContext&) { stressFormulationMissing(); }
+double StressImage::materialPass(StepKind, const StepContext&, const MacroscopicLoad&, double*) {
+  stressFormulationMissing();
+}
+void StressImage::computeMeanFromSpectrum(const StepContext&, const MacroscopicLoad&,
+                                          const double*, double*) const {
+  stressFormulationMissing();
+}
+
+}  // namespace gridmoor
