@@ -10,7 +10,9 @@
 #include "input/KeyWordsLattora.h"
 #include "input/Parameter.h"
 #include "input/ParameterFile.h"
+#include "materials/IsotropicLinearElasticMaterial.h"
 #include "materials/MaterialFactory.h"
+#include "solvers/LoadStepSolver.h"
 #include "voxel/DebugAllocator.h"
 #include "voxel/Geometry.h"
 
@@ -56,7 +58,17 @@ int RunSequence::run() {
   findRestartStep();
   finishMaterials();
   readOrientation();
-  stopAtMissingStep("the solver");
+  decideSolve();
+  allocateFields();
+  if (estimateOnly_) {
+    printMemoryEstimate();
+  } else {
+    makePlans();
+    runSteps();
+    finishRun();
+  }
+  setRunFinished();
+  return 0;
 }
 
 void RunSequence::checkArguments() {

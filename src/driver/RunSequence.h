@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "driver/RunTimers.h"
+#include "solvers/NeumannSeries.h"
 #include "input/XmlNode.h"
 
 namespace gridmoor {
@@ -16,6 +17,10 @@ namespace gridmoor {
 class Geometry;
 class KeyWordsLattora;
 class MaterialElasticVector;
+class FFTImage;
+class IsotropicLinearElasticMaterial;
+class LoadStepSolver;
+struct SolverFields;
 
 class RunSequence {
  public:
@@ -48,6 +53,17 @@ class RunSequence {
   void findRestartStep();
   void finishMaterials();
   void readOrientation();
+  void decideSolve();
+  void allocateFields();
+  void printMemoryEstimate();
+  void makePlans();
+  void runSteps();
+  void selectReference(int step);
+  void extrapolate(int step);
+  void writeStepOutput(int step);
+  void writeFields(int step, const FFTImage& strain, const FFTImage& stress);
+  void writeAveragesOfStep(int step, const FFTImage& strain, const FFTImage& stress);
+  void finishRun();
   [[noreturn]] void stopAtMissingStep(const std::string& what);
 
   std::vector<std::string> arguments_;
@@ -64,6 +80,14 @@ class RunSequence {
   bool hybrid_ = false;
   bool restart_ = false;
   bool pathIndependent_ = true;
+  bool needsThermal_ = false;
+  bool runsSolver_ = false;
+  int threads_ = 0;
+  std::int64_t iterations_ = 0;
+  std::unique_ptr<SolverFields> fields_;
+  std::unique_ptr<IsotropicLinearElasticMaterial> reference_;
+  std::unique_ptr<LoadStepSolver> solver_;
+  SolverCounters counters_;
   RunTimers timers_;
 };
 

@@ -123,8 +123,11 @@ void writeLoad(std::ostream& out, const KeywordsElasticity& keywords, double tim
 
 std::string resultFileName(const KeywordsElasticity& keywords, const std::string& directory,
                            int step) {
-  const std::string path = joinPath(directory, keywords.effectiveMatrixFilename());
-  // The restart scan must build the same names; it is not written yet, so the rule lives here.
+  return stepFileName(keywords, joinPath(directory, keywords.effectiveMatrixFilename()), step);
+}
+
+// The restart scan must build the same names; it is not written yet, so the rule lives here.
+std::string stepFileName(const KeywordsElasticity& keywords, const std::string& path, int step) {
   if (keywords.isSingleStep()) return path;
   return withStepNumber(path, step + 1);
 }
