@@ -45,6 +45,7 @@ void RunSequence::decideSolve() {
     stopAtMissingStep("the " + kw.problemFormulation() + " formulation");
   if (kw.iterativeMethod() != "NeumannSeries")
     stopAtMissingStep("the iterative method " + kw.iterativeMethod());
+  switchToVariationalScheme(kw, *materials_, *geometry_);
   runsSolver_ = kw.numberOfSteps() >= 2 || !kw.isZeroLoad() || needsThermal_ ||
                 kw.numberOfLoadCases() > 0 || kw.externalForce();
   // A run that solves nothing keeps its memory free: its fields are empty shells.
