@@ -19,6 +19,7 @@
 #include "operators/ReferenceMaterial.h"
 #include "postprocessing/ColourAverages.h"
 #include "postprocessing/ResultFile.h"
+#include "postprocessing/SurfaceForces.h"
 #include "solvers/LoadStepSolver.h"
 #include "voxel/DebugAllocator.h"
 #include "voxel/Geometry.h"
@@ -127,7 +128,7 @@ void RunSequence::writeStepOutput(int step) {
   std::unique_ptr<FFTImage> stress;
   // A run that solved nothing holds empty shells: there is no field to write or average.
   if (!runsSolver_) return;
-  if (kw.writeVtkOutput() || kw.averageStrainStress()) {
+  if (kw.writeVtkOutput() || kw.averageStrainStress() || kw.averageSurfaceForces()) {
     stress = std::make_unique<FFTImage>(strain.nComponents, strain.nFirst, strain.nSecond,
                                         strain.nThird, "Stress");
     StepContext ctx;
@@ -139,7 +140,8 @@ void RunSequence::writeStepOutput(int step) {
   const std::string lock = outputDirectory_ + "outputLock";
   std::ofstream(lock).close();
   if (kw.writeVtkOutput()) writeFields(step, strain, *stress);
-  if (kw.averageStrainStress()) writeAveragesOfStep(step, strain, *stress);
+  if (kw.averageStrainStress() || kw.averageSurfaceForces())
+    writeAveragesOfStep(step, strain, *stress);
   std::error_code ignored;
   std::filesystem::remove(lock, ignored);
 }
@@ -188,6 +190,7 @@ void RunSequence::writeAveragesOfStep(int step, const FFTImage& strain, const FF
   }
   std::ofstream out = openResultFile(kw, outputDirectory_, step);
   writeAverages(out, kw, averages);
+  writeSurfaceForces(out, kw, computeSurfaceForces(stress.data(), stress.rowStride, gridSize_));
   writeComputationalCosts(out, kw, counters_.matrixVectorProducts, 0);
   timers_.averagingStrainStress.stop();
 }

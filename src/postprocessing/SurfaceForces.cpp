@@ -1,0 +1,50 @@
+#include "postprocessing/SurfaceForces.h"
+
+namespace gridmoor {
+
+namespace {
+
+// Voigt slots of the stress tensor's row a (11, 22, 33, 23, 13, 12 order).
+constexpr int row[3][3] = {{0, 5, 4}, {5, 1, 3}, {4, 3, 2}};
+
+}  // namespace
+
+SurfaceForces computeSurfaceForces(const Real* stress, std::uint64_t rowStride,
+                                   const std::array<std::uint64_t, 3>& grid) {
+  const std::uint64_t nx = grid[0], ny = grid[1], nz = grid[2];
+  // Mean of sigma_a. over the voxel layer at index `layer` of axis a.
+  auto layerMean = [&](int axis, std::uint64_t layer) {
+    std::array<double, 3> sum{0.0, 0.0, 0.0};
+    std::uint64_t count = 0;
+    for (std::uint64_t x = 0; x < nx; ++x)
+      for (std::uint64_t y = 0; y < ny; ++y)
+        for (std::uint64_t z = 0; z < nz; ++z) {
+          const std::uint64_t index[3] = {x, y, z};
+          if (index[axis] != layer) continue;
+          const Real* s = stress + (x * ny + y) * rowStride + z * 6;
+          for (int j = 0; j < 3; ++j) sum[j] += s[row[axis][j]];
+          ++count;
+        }
+    for (double& v : sum) v /= static_cast<double>(count ? count : 1);
+    return sum;
+  };
+  auto face = [&](int axis, bool plus) {
+    const std::uint64_t layer = plus ? grid[axis] - 1 : 0;
+    std::array<double, 3> t = layerMean(axis, layer);
+    std::vector<Real> out(t.begin(), t.end());
+    if (!plus)
+      for (Real& v : out) v = -v;
+    return out;
+  };
+  SurfaceForces forces;
+  if (nx == 0 || ny == 0 || nz == 0) return forces;
+  forces.xPlus = face(0, true);
+  forces.xMinus = face(0, false);
+  forces.yPlus = face(1, true);
+  forces.yMinus = face(1, false);
+  forces.zPlus = face(2, true);
+  forces.zMinus = face(2, false);
+  return forces;
+}
+
+}  // namespace gridmoor
