@@ -33,7 +33,7 @@ SurfaceForces computeSurfaceForces(const Real* stress, std::uint64_t rowStride,
     std::array<double, 3> t = layerMean(axis, layer);
     std::vector<Real> out(t.begin(), t.end());
     if (!plus)
-      for (Real& v : out) v = -v;
+      for (Real& v : out) v = 0.0 - v;  // no "-0" in the result file
     return out;
   };
   SurfaceForces forces;
