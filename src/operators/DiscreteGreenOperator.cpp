@@ -8,7 +8,7 @@
 #include "common/Fatal.h"
 #include "operators/ComplexValue.h"
 #include "operators/GreenOperatorKernels.h"
-#include "operators/SpectralFilter.h"
+#include "operators/FrequencyFilter.h"
 
 namespace gridmoor {
 

@@ -6,7 +6,7 @@
 
 #include "common/Fatal.h"
 #include "operators/FFTImage.h"
-#include "operators/SpectralFilter.h"
+#include "operators/FrequencyFilter.h"
 
 namespace gridmoor {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "GreenOperatorTestSupport.h"
-#include "operators/SpectralFilter.h"
+#include "operators/FrequencyFilter.h"
 
 namespace gridmoor::test {
 namespace {

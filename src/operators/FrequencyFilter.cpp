@@ -1,4 +1,4 @@
-#include "operators/SpectralFilter.h"
+#include "operators/FrequencyFilter.h"
 
 #include <cmath>
 #include <numbers>
