@@ -38,7 +38,7 @@ AnisotropicLinearElasticMaterialWithThermalExpansion::
         std::string name, Colour colour, const XmlNode& parameters, Geometry* geometry,
         const KeywordsElasticity& keywords, std::shared_ptr<const LoadCaseTable> loadCases,
         std::shared_ptr<InternalVariablesStore> internalVariablesStore)
-    : AnisotropicLinearElasticMaterial(std::move(name), colour, parameters, geometry, keywords,
+    : OrientedThermalForm(std::move(name), colour, parameters, geometry, keywords,
                                        std::move(loadCases), std::move(internalVariablesStore)),
       alpha1(readParameter(parameters, "alpha1")),
       alpha2(readParameter(parameters, "alpha2")),

@@ -35,7 +35,7 @@ class AnisotropicLinearElasticMaterial : public OrientedLinearElasticMaterial {
 };
 
 class AnisotropicLinearElasticMaterialWithThermalExpansion
-    : public AnisotropicLinearElasticMaterial {
+    : public OrientedThermalForm<AnisotropicLinearElasticMaterial> {
  public:
   double alpha1 = 0.0, alpha2 = 0.0, alpha3 = 0.0;
 
@@ -44,23 +44,6 @@ class AnisotropicLinearElasticMaterialWithThermalExpansion
       const KeywordsElasticity& keywords, std::shared_ptr<const LoadCaseTable> loadCases,
       std::shared_ptr<InternalVariablesStore> internalVariablesStore);
 
-  bool isLinearStrain() const override { return !hasThermalExpansion(); }
-  bool isLinearStress() const override { return !hasThermalExpansion(); }
-  bool isLinearPolarization() const override { return !hasThermalExpansion(); }
-  bool isLinearEigenstrain() const override { return !hasThermalExpansion(); }
-  bool hasThermalExpansion() const override {
-    return alpha1 != 0.0 || alpha2 != 0.0 || alpha3 != 0.0;
-  }
-  // T (alpha1, alpha2, alpha3) on the axes of the material frame, turned into the voxel's
-  // frame; the keys give no thermal shear.
-  void thermalStrainVoigt(int, VoxelIndex x, VoxelIndex y, VoxelIndex z, double T,
-                          double* epsVoigt) const override {
-    thermalStrainOfVoxel(x, y, z, T, epsVoigt);
-  }
-  void thermalStrainTensor(int, VoxelIndex x, VoxelIndex y, VoxelIndex z, double T,
-                           double* eps9) const override {
-    thermalStrainTensorOfVoxel(x, y, z, T, eps9);
-  }
 };
 
 }  // namespace gridmoor

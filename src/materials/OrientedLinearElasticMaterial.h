@@ -141,4 +141,30 @@ class OrientedLinearElasticMaterial : public LinearElasticMaterial {
   OrientationTable orientedMatrices_;
 };
 
+// The thermal form of a turned law: its expansion (set by the concrete form's constructor in
+// materialThermalExpansion, material frame) is turned into each voxel's frame like the
+// stiffness. The response is linear without a constant term only when there is no expansion.
+template <class Law>
+class OrientedThermalForm : public Law {
+ public:
+  using Law::Law;
+
+  bool isLinearStrain() const override { return !hasThermalExpansion(); }
+  bool isLinearStress() const override { return !hasThermalExpansion(); }
+  bool isLinearPolarization() const override { return !hasThermalExpansion(); }
+  bool isLinearEigenstrain() const override { return !hasThermalExpansion(); }
+  bool hasThermalExpansion() const override {
+    const auto& alpha = this->materialThermalExpansion;
+    return alpha[0] != 0.0 || alpha[1] != 0.0 || alpha[2] != 0.0;
+  }
+  void thermalStrainVoigt(int, VoxelIndex x, VoxelIndex y, VoxelIndex z, double T,
+                          double* epsVoigt) const override {
+    this->thermalStrainOfVoxel(x, y, z, T, epsVoigt);
+  }
+  void thermalStrainTensor(int, VoxelIndex x, VoxelIndex y, VoxelIndex z, double T,
+                           double* eps9) const override {
+    this->thermalStrainTensorOfVoxel(x, y, z, T, eps9);
+  }
+};
+
 }  // namespace gridmoor

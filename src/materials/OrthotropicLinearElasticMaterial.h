@@ -45,7 +45,7 @@ class OrthotropicLinearElasticMaterial : public OrientedLinearElasticMaterial {
 };
 
 class OrthotropicLinearElasticMaterialWithThermalExpansion
-    : public OrthotropicLinearElasticMaterial {
+    : public OrientedThermalForm<OrthotropicLinearElasticMaterial> {
  public:
   double alpha1 = 0.0, alpha2 = 0.0, alpha3 = 0.0;
 
@@ -54,22 +54,6 @@ class OrthotropicLinearElasticMaterialWithThermalExpansion
       const KeywordsElasticity& keywords, std::shared_ptr<const LoadCaseTable> loadCases,
       std::shared_ptr<InternalVariablesStore> internalVariablesStore);
 
-  bool isLinearStrain() const override { return !hasThermalExpansion(); }
-  bool isLinearStress() const override { return !hasThermalExpansion(); }
-  bool isLinearPolarization() const override { return !hasThermalExpansion(); }
-  bool isLinearEigenstrain() const override { return !hasThermalExpansion(); }
-  bool hasThermalExpansion() const override {
-    return alpha1 != 0.0 || alpha2 != 0.0 || alpha3 != 0.0;
-  }
-  // T (alpha1, alpha2, alpha3) in the material frame, turned into the voxel's frame.
-  void thermalStrainVoigt(int, VoxelIndex x, VoxelIndex y, VoxelIndex z, double T,
-                          double* epsVoigt) const override {
-    thermalStrainOfVoxel(x, y, z, T, epsVoigt);
-  }
-  void thermalStrainTensor(int, VoxelIndex x, VoxelIndex y, VoxelIndex z, double T,
-                           double* eps9) const override {
-    thermalStrainTensorOfVoxel(x, y, z, T, eps9);
-  }
 };
 
 }  // namespace gridmoor

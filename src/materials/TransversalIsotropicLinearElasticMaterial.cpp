@@ -35,7 +35,7 @@ TransversalIsotropicLinearElasticMaterialWithThermalExpansion::
         std::string name, Colour colour, const XmlNode& parameters, Geometry* geometry,
         const KeywordsElasticity& keywords, std::shared_ptr<const LoadCaseTable> loadCases,
         std::shared_ptr<InternalVariablesStore> internalVariablesStore)
-    : TransversalIsotropicLinearElasticMaterial(std::move(name), colour, parameters, geometry,
+    : OrientedThermalForm(std::move(name), colour, parameters, geometry,
                                                 keywords, std::move(loadCases),
                                                 std::move(internalVariablesStore)),
       alpha1(readParameter(parameters, "alpha1")),

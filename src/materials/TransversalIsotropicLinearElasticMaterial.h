@@ -37,7 +37,7 @@ class TransversalIsotropicLinearElasticMaterial : public OrientedLinearElasticMa
 };
 
 class TransversalIsotropicLinearElasticMaterialWithThermalExpansion
-    : public TransversalIsotropicLinearElasticMaterial {
+    : public OrientedThermalForm<TransversalIsotropicLinearElasticMaterial> {
  public:
   double alpha1 = 0.0;  // along the axis
   double alpha2 = 0.0;  // across it
@@ -47,20 +47,6 @@ class TransversalIsotropicLinearElasticMaterialWithThermalExpansion
       const KeywordsElasticity& keywords, std::shared_ptr<const LoadCaseTable> loadCases,
       std::shared_ptr<InternalVariablesStore> internalVariablesStore);
 
-  bool isLinearStrain() const override { return !hasThermalExpansion(); }
-  bool isLinearStress() const override { return !hasThermalExpansion(); }
-  bool isLinearPolarization() const override { return !hasThermalExpansion(); }
-  bool isLinearEigenstrain() const override { return !hasThermalExpansion(); }
-  bool hasThermalExpansion() const override { return alpha1 != 0.0 || alpha2 != 0.0; }
-  // T (alpha1, alpha2, alpha2) in the material frame, turned into the voxel's frame.
-  void thermalStrainVoigt(int, VoxelIndex x, VoxelIndex y, VoxelIndex z, double T,
-                          double* epsVoigt) const override {
-    thermalStrainOfVoxel(x, y, z, T, epsVoigt);
-  }
-  void thermalStrainTensor(int, VoxelIndex x, VoxelIndex y, VoxelIndex z, double T,
-                           double* eps9) const override {
-    thermalStrainTensorOfVoxel(x, y, z, T, eps9);
-  }
 };
 
 }  // namespace gridmoor
