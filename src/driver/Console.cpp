@@ -96,6 +96,12 @@ void subProgressCaptions(const std::string& x, const std::string& y) {
   writeProtocol("###SUBPROGRESS### yCaption " + y + "\n");
 }
 
+void progressPoint(int percent, double x, double y) {
+  char line[128];
+  std::snprintf(line, sizeof line, "###PROGRESS### %d %le %le\n", percent, x, y);
+  writeProtocol(line);
+}
+
 void resetGraph() { writeProtocol("###PROGRESS### ResetGraph\n"); }
 
 void resetSubGraph() { writeProtocol("###SUBPROGRESS### ResetGraph\n"); }

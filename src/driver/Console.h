@@ -23,6 +23,9 @@ void progress(int percent);
 void subProgress(int percent);
 void progressCaptions(const std::string& x, const std::string& y);
 void subProgressCaptions(const std::string& x, const std::string& y);
+// A point of the host's graph: the main bar's percentage, then x (the iteration) and y (the
+// relative error) of the captions "Iterations" and "Error[-]".
+void progressPoint(int percent, double x, double y);
 void resetGraph();
 void resetSubGraph();
 

@@ -146,9 +146,12 @@ ConvergenceMonitor::Outcome ConvergenceMonitor::limits(bool passed, int n) {
 
 void ConvergenceMonitor::reportProgress(Track& t, double difference, double scale, int n) {
   // The first iteration fixes the start of the logarithmic scale.
+  const double error = scale > 0.0 ? difference / scale : 0.0;
   if (n == 0) {
     t.firstDifference = difference;
     subProgress(0);
+    progressPoint(static_cast<int>(settings_.doneSteps * (90.0 / settings_.totalSteps) + 5.0), n,
+                  error);
     return;
   }
   double q = 1.0;
@@ -162,8 +165,10 @@ void ConvergenceMonitor::reportProgress(Track& t, double difference, double scal
   q = std::max(q, static_cast<double>(n + 1) / std::max(1, settings_.maxIter));
   q = std::min(q, 1.0);
   subProgress(static_cast<int>(100.0 * q));
-  if (settings_.totalSteps == 1)
-    progress(static_cast<int>((settings_.doneSteps + q) * (90.0 / settings_.totalSteps) + 5.0));
+  const int percent =
+      static_cast<int>((settings_.doneSteps + q) * (90.0 / settings_.totalSteps) + 5.0);
+  if (settings_.totalSteps == 1) progress(percent);
+  progressPoint(percent, n, error);
 }
 
 }  // namespace gridmoor
