@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <algorithm>
 #include <filesystem>
-#include <thread>
 
 #include "common/Fatal.h"
+#include "common/Threads.h"
 #include "driver/Console.h"
 #include "input/KeyWordsLattora.h"
 #include "input/Parameter.h"
@@ -118,12 +118,6 @@ void RunSequence::startProgress() {
   timers_.input.stop();
 }
 
-int RunSequence::threadCount(int requested) {
-  if (requested > 0) return requested;
-  const unsigned processors = std::thread::hardware_concurrency();
-  return static_cast<int>((std::max(processors, 1u) + 1) / 2);
-}
-
 void RunSequence::readGeometry() {
   timers_.ldt.start();
   const KeyWordsLattora& kw = *keywords_;
@@ -136,7 +130,7 @@ void RunSequence::readGeometry() {
       static_cast<std::uint64_t>(std::max(kw.resamplingResolutionX(), 0)),
       static_cast<std::uint64_t>(std::max(kw.resamplingResolutionY(), 0)),
       static_cast<std::uint64_t>(std::max(kw.resamplingResolutionZ(), 0))};
-  geometry_->readAndResample(threadCount(kw.nThreads()), kw.resamplingMode(), target,
+  geometry_->readAndResample(runThreadCount(kw.nThreads()), kw.resamplingMode(), target,
                              kw.fastEstimateSolution(),
                              resolveInputPath(outputDirectory_, kw.inputLdtFile()));
   if (kw.changeResolution())

@@ -34,8 +34,6 @@ class RunSequence {
   // An input file named in the parameter file: relative names are taken relative to the
   // parameter file's directory, so a run works from any current directory.
   static std::string resolveInputPath(const std::string& directory, const std::string& name);
-  // The run's thread count: 0 asks for (processors + 1) / 2.
-  static int threadCount(int requested);
 
  private:
   void checkArguments();

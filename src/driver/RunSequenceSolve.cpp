@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "common/Fatal.h"
+#include "common/Threads.h"
 #include "driver/Console.h"
 #include "driver/RunReport.h"
 #include "driver/RunSequence.h"
@@ -68,7 +69,7 @@ void RunSequence::printMemoryEstimate() {
 void RunSequence::makePlans() {
   timers_.allocation.start();
   const KeyWordsLattora& kw = *keywords_;
-  threads_ = fields_->deltaE->initThreadsAndPlans(threadCount(kw.nThreads()), kw.plannerFlag());
+  threads_ = fields_->deltaE->initThreadsAndPlans(runThreadCount(kw.nThreads()), kw.plannerFlag());
   if (fields_->E != fields_->deltaE) fields_->E->createPlans(kw.plannerFlag());
   timers_.allocation.stop();
   progress(5);

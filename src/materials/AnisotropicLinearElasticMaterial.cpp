@@ -39,7 +39,7 @@ AnisotropicLinearElasticMaterialWithThermalExpansion::
         const KeywordsElasticity& keywords, std::shared_ptr<const LoadCaseTable> loadCases,
         std::shared_ptr<InternalVariablesStore> internalVariablesStore)
     : OrientedThermalForm(std::move(name), colour, parameters, geometry, keywords,
-                                       std::move(loadCases), std::move(internalVariablesStore)),
+                          std::move(loadCases), std::move(internalVariablesStore)),
       alpha1(readParameter(parameters, "alpha1")),
       alpha2(readParameter(parameters, "alpha2")),
       alpha3(readParameter(parameters, "alpha3")) {

@@ -35,9 +35,8 @@ TransversalIsotropicLinearElasticMaterialWithThermalExpansion::
         std::string name, Colour colour, const XmlNode& parameters, Geometry* geometry,
         const KeywordsElasticity& keywords, std::shared_ptr<const LoadCaseTable> loadCases,
         std::shared_ptr<InternalVariablesStore> internalVariablesStore)
-    : OrientedThermalForm(std::move(name), colour, parameters, geometry,
-                                                keywords, std::move(loadCases),
-                                                std::move(internalVariablesStore)),
+    : OrientedThermalForm(std::move(name), colour, parameters, geometry, keywords,
+                          std::move(loadCases), std::move(internalVariablesStore)),
       alpha1(readParameter(parameters, "alpha1")),
       alpha2(readParameter(parameters, "alpha2")) {
   materialThermalExpansion = {alpha1, alpha2, alpha2, 0.0, 0.0, 0.0};

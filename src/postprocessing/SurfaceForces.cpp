@@ -12,20 +12,22 @@ constexpr int row[3][3] = {{0, 5, 4}, {5, 1, 3}, {4, 3, 2}};
 SurfaceForces computeSurfaceForces(const Real* stress, std::uint64_t rowStride,
                                    const std::array<std::uint64_t, 3>& grid) {
   const std::uint64_t nx = grid[0], ny = grid[1], nz = grid[2];
-  // Mean of sigma_a. over the voxel layer at index `layer` of axis a.
+  // Mean of sigma_a. over the voxel layer at index `layer` of axis a: only that layer is
+  // visited, the other two axes run in full.
   auto layerMean = [&](int axis, std::uint64_t layer) {
     std::array<double, 3> sum{0.0, 0.0, 0.0};
-    std::uint64_t count = 0;
-    for (std::uint64_t x = 0; x < nx; ++x)
-      for (std::uint64_t y = 0; y < ny; ++y)
-        for (std::uint64_t z = 0; z < nz; ++z) {
-          const std::uint64_t index[3] = {x, y, z};
-          if (index[axis] != layer) continue;
+    std::uint64_t begin[3] = {0, 0, 0}, end[3] = {nx, ny, nz};
+    begin[axis] = layer;
+    end[axis] = layer + 1;
+    for (std::uint64_t x = begin[0]; x < end[0]; ++x)
+      for (std::uint64_t y = begin[1]; y < end[1]; ++y)
+        for (std::uint64_t z = begin[2]; z < end[2]; ++z) {
           const Real* s = stress + (x * ny + y) * rowStride + z * 6;
           for (int j = 0; j < 3; ++j) sum[j] += s[row[axis][j]];
-          ++count;
         }
-    for (double& v : sum) v /= static_cast<double>(count ? count : 1);
+    const double count = static_cast<double>((end[0] - begin[0]) * (end[1] - begin[1]) *
+                                             (end[2] - begin[2]));
+    for (double& v : sum) v /= count;
     return sum;
   };
   auto face = [&](int axis, bool plus) {

@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "common/Fatal.h"
+#include "common/Threads.h"
 
 namespace gridmoor {
 
@@ -36,7 +37,7 @@ void Geometry::readAndResample(int threads, const std::string& resamplingMode,
 void Geometry::load(std::uint64_t targetSizeX, const std::string& fileName,
                     const std::string& resamplingMode, bool imageFlag, int threads) {
   // 0 threads asks for half of the processors, rounded up, like the solver's team.
-  omp_set_num_threads(threads > 0 ? threads : (omp_get_num_procs() + 1) / 2);
+  omp_set_num_threads(runThreadCount(threads));
 
   const std::size_t dot = fileName.find_last_of('.');
   const std::size_t slash = fileName.find_last_of("/\\");
