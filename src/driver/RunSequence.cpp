@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "common/Fatal.h"
+#include "common/FileNames.h"
 #include "common/Threads.h"
 #include "driver/Console.h"
 #include "input/KeyWordsLattora.h"
@@ -35,9 +36,7 @@ std::string RunSequence::directoryOf(const std::string& path) {
 }
 
 std::string RunSequence::resolveInputPath(const std::string& directory, const std::string& name) {
-  if (name.empty()) return name;
-  const bool absolute = name[0] == '/' || name[0] == '\\' || (name.size() > 1 && name[1] == ':');
-  return absolute ? name : directory + name;
+  return name.empty() ? name : joinPath(directory, name);
 }
 
 int RunSequence::run() {

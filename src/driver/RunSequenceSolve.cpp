@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "common/Fatal.h"
+#include "common/FileNames.h"
 #include "common/Threads.h"
 #include "driver/Console.h"
 #include "driver/RunReport.h"
@@ -150,9 +151,7 @@ void RunSequence::writeStepOutput(int step) {
 void RunSequence::writeFields(int step, const FFTImage& strain, const FFTImage& stress) {
   timers_.outputVtk.start();
   const KeyWordsLattora& kw = *keywords_;
-  std::string name = kw.exportSolutionVtkFileName();
-  if (name.empty()) name = "solution.vti";
-  name = stepFileName(kw, resolveInputPath(outputDirectory_, name), step);
+  const std::string name = stepFileName(kw, solutionFileName(kw, outputDirectory_), step);
   const std::array<std::int64_t, 6> extent = {0, static_cast<std::int64_t>(gridSize_[0]),
                                               0, static_cast<std::int64_t>(gridSize_[1]),
                                               0, static_cast<std::int64_t>(gridSize_[2])};

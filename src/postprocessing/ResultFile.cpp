@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "common/Fatal.h"
+#include "common/FileNames.h"
 #include "input/LoadComponents.h"
 
 namespace gridmoor {
@@ -18,26 +19,6 @@ constexpr const char* kAxisKeys[3] = {"Parameter:Vector:CoordinateAxisX",
                                       "Parameter:Vector:CoordinateAxisY",
                                       "Parameter:Vector:CoordinateAxisZ"};
 
-std::string joinPath(const std::string& directory, const std::string& name) {
-  const bool absolute = !name.empty() && (name[0] == '/' || name[0] == '\\');
-  if (directory.empty() || absolute) return name;
-  const char last = directory.back();
-  return (last == '/' || last == '\\') ? directory + name : directory + "/" + name;
-}
-
-// "_n" goes before the extension of the last path element; a name without one gets it at the
-// end. A dot that starts the element (".result") is no extension.
-std::string withStepNumber(const std::string& path, int stepNumber) {
-  const std::size_t slash = path.find_last_of("/\\");
-  const std::size_t elementStart = slash == std::string::npos ? 0 : slash + 1;
-  const std::size_t dot = path.find_last_of('.');
-  std::string suffix(1, '_');
-  suffix += std::to_string(stepNumber);
-  if (dot == std::string::npos || dot <= elementStart) return path + suffix;
-  std::string named = path;
-  named.insert(dot, suffix);
-  return named;
-}
 
 bool isIdentity(const std::array<double, 9>& matrix) {
   for (int k = 0; k < 9; ++k) {
@@ -124,12 +105,6 @@ void writeLoad(std::ostream& out, const KeywordsElasticity& keywords, double tim
 std::string resultFileName(const KeywordsElasticity& keywords, const std::string& directory,
                            int step) {
   return stepFileName(keywords, joinPath(directory, keywords.effectiveMatrixFilename()), step);
-}
-
-// The restart scan must build the same names; it is not written yet, so the rule lives here.
-std::string stepFileName(const KeywordsElasticity& keywords, const std::string& path, int step) {
-  if (keywords.isSingleStep()) return path;
-  return withStepNumber(path, step + 1);
 }
 
 std::ofstream openResultFile(const KeywordsElasticity& keywords, const std::string& directory,

@@ -49,9 +49,6 @@ struct SurfaceForces {
 // "result_3.txt" for the third step, step index 2).
 std::string resultFileName(const KeywordsElasticity& keywords, const std::string& directory,
                            int step);
-// The file name of step for any per-step output: path itself for a single step, else with the
-// one-based step number appended to the stem.
-std::string stepFileName(const KeywordsElasticity& keywords, const std::string& path, int step);
 
 // Opens the result file of step (zero-based, as the time grid counts) for appending with the
 // precision EffectiveMatrixPrecision, and writes the header when the file is new. An unopenable

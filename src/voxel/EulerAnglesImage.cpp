@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/Fatal.h"
+#include "common/FileNames.h"
 #include "formats/LufHeader.h"
 #include "voxel/EulerConversion.h"
 #include "voxel/MpiExchange.h"
@@ -15,16 +16,6 @@
 namespace gridmoor {
 
 namespace {
-
-bool isAbsolutePath(const std::string& name) {
-  return !name.empty() && (name[0] == '/' || name[0] == '\\');
-}
-
-std::string joinPath(const std::string& directory, const std::string& name) {
-  if (directory.empty() || isAbsolutePath(name)) return name;
-  const char last = directory.back();
-  return (last == '/' || last == '\\') ? directory + name : directory + "/" + name;
-}
 
 // A positive grid size or the end of the run.
 std::uint64_t gridSize(const LufHeaderReader& header, const std::string& key) {

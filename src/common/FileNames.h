@@ -1,0 +1,36 @@
+// File names the run builds from the parameter file's names: directory joins, step and
+// load-case suffixes, and the markers of finished homogenization load cases.
+#pragma once
+
+#include <string>
+
+namespace gridmoor {
+
+class KeywordsElasticity;
+
+// name inside directory, unless name is absolute ("/...", "\\...", "C:..."). Accepts both
+// separators; a directory without a trailing separator gets "/".
+std::string joinPath(const std::string& directory, const std::string& name);
+
+// text goes before the extension of the last path element; a name without one gets it at the
+// end. A dot that starts the element (".result") is no extension.
+std::string insertBeforeExtension(const std::string& path, const std::string& text);
+
+// The file name of step (zero-based) for any per-step output: path itself for a single step,
+// else with "_" and the one-based step number before the extension ("result_3.txt").
+std::string stepFileName(const KeywordsElasticity& keywords, const std::string& path, int step);
+
+// The homogenization load cases 0 to 5 are the unit loads in Voigt order, 6 the thermal one.
+// Each adds its own suffix to the names of files it writes: "_XX", ..., "_XY", "_Thermal".
+const std::string& loadCaseSuffix(int loadCase);
+
+// The solution field file of the run (SolutionVtkFileName, "solution.vti" when empty) in the
+// output directory, without step number.
+std::string solutionFileName(const KeywordsElasticity& keywords, const std::string& directory);
+
+// The empty marker that says load case loadCase of the current step finished: the solution
+// file's name without extension, the case suffix, ".finished".
+std::string finishedFileName(const KeywordsElasticity& keywords, const std::string& directory,
+                             int loadCase);
+
+}  // namespace gridmoor
