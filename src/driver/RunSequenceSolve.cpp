@@ -9,6 +9,7 @@
 #include "common/FileNames.h"
 #include "common/Threads.h"
 #include "driver/Console.h"
+#include "driver/MemoryEstimate.h"
 #include "driver/RunReport.h"
 #include "driver/RunSequence.h"
 #include "formats/DataWriter.h"
@@ -57,6 +58,7 @@ void RunSequence::decideSolve() {
 
 void RunSequence::allocateFields() {
   timers_.allocation.start();
+  baselineKB_ = realMemoryKB();
   fields_ = std::make_unique<SolverFields>(
       allocateSolverFields(*keywords_, *materials_, *geometry_, gridSize_, pathIndependent_));
   timers_.allocation.stop();
@@ -206,7 +208,12 @@ void RunSequence::finishRun() {
   figures.threads = threads_;
   figures.fftSeconds = FFTImage::totalTransformSeconds();
   figures.allocatedKB = allocatedBytes >> 10;
-  figures.estimateKB = allocatedBytes >> 10;
+  MemoryEstimateInputs estimate;
+  estimate.grid = gridSize_;
+  estimate.valuesPerVoxel = fields_->deltaE->nComponents;
+  estimate.pathIndependent = pathIndependent_;
+  estimate.baselineKB = baselineKB_;
+  figures.estimateKB = estimateMemoryKB(*keywords_, estimate);
   figures.realKB = realKB;
   figures.iterations = static_cast<int>(iterations_);
   printRunReport(timers_, figures);
