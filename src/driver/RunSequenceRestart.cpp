@@ -22,11 +22,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool endsWith(const std::string& text, const std::string& suffix) {
-  return text.size() >= suffix.size() &&
-         text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
-}
-
 bool exists(const std::string& path) {
   std::error_code ignored;
   return fs::exists(path, ignored);
@@ -61,7 +56,7 @@ std::vector<std::string> RunSequence::stepFiles(int step) const {
   std::vector<std::string> files = {resultFileName(*keywords_, outputDirectory_, step)};
   const std::string field = fieldFileName(step);
   files.push_back(field);
-  if (endsWith(field, ".vti")) files.push_back(indexFileOf(field));
+  if (extensionOf(field) == "vti") files.push_back(indexFileOf(field));
   if (savesStates_) files.push_back(stateFileName(step));
   return files;
 }
@@ -71,7 +66,7 @@ std::vector<std::string> RunSequence::stepFiles(int step) const {
 bool RunSequence::stepIsComplete(int step) const {
   const std::string field = fieldFileName(step);
   const bool fieldOnDisk =
-      exists(field) || (endsWith(field, ".vti") && exists(indexFileOf(field)));
+      exists(field) || (extensionOf(field) == "vti" && exists(indexFileOf(field)));
   return fieldOnDisk && exists(stateFileName(step));
 }
 
@@ -79,7 +74,7 @@ bool RunSequence::stepIsComplete(int step) const {
 // grid come from some other input in the same folder: they are no state of this run.
 bool RunSequence::canGoOnFrom(int step) const {
   const KeyWordsLattora& kw = *keywords_;
-  if (!endsWith(solutionFileName(kw, outputDirectory_), ".vti")) return false;
+  if (extensionOf(solutionFileName(kw, outputDirectory_)) != "vti") return false;
   if (kw.problemFormulation() != "Strain") return false;
   const std::string field = fieldFileName(step);
   VtiReader reader(field.substr(0, field.size() - 4));

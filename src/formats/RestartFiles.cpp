@@ -15,14 +15,6 @@ namespace gridmoor {
 
 namespace {
 
-// Position of the dot that starts the extension of the last path element; npos without one.
-std::size_t extensionDot(const std::string& path) {
-  const std::size_t slash = path.find_last_of("/\\");
-  const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
-  const std::size_t dot = path.find_last_of('.');
-  return dot == std::string::npos || dot < start ? std::string::npos : dot;
-}
-
 void writeCount(std::ostream& out, std::uint64_t value) {
   std::array<char, 8> bytes;
   for (int k = 0; k < 8; ++k) bytes[k] = static_cast<char>((value >> (8 * k)) & 0xff);
@@ -49,13 +41,12 @@ bool savesRestartStates(const Keywords& keywords) {
 std::string restartFileName(const Keywords& keywords, const std::string& directory,
                             int loadCase, int kind) {
   const std::string& parameter = keywords.saveRestartFile();
-  const std::size_t dot = extensionDot(parameter);
-  const std::string suffix = dot == std::string::npos ? std::string() : parameter.substr(dot + 1);
+  const std::string suffix = extensionOf(parameter);
   if (suffix != "gmr") {
     if (suffix == "das") fatal("Saving in DAS format for restart is not supported anymore...");
     fatal("Restart is supported only for gmr files.");
   }
-  std::string name = joinPath(directory, parameter.substr(0, dot));
+  std::string name = joinPath(directory, parameter.substr(0, parameter.size() - 4));
   if (loadCase != -1) name += loadCaseSuffix(loadCase);
   if (kind == 1) name += "_correspondingStrainStressTensor";
   if (kind == 2) name += "_correspondingStressStrainTensor";
