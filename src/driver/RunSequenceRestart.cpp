@@ -108,7 +108,8 @@ void RunSequence::removeStepFiles(int fromStep) const {
     bool removed = false;
     for (const std::string& file : stepFiles(step)) {
       std::error_code ignored;
-      if (exists(file) && !isInputFile(file)) removed = fs::remove(file, ignored) || removed;
+      if (fs::is_regular_file(file, ignored) && !isInputFile(file))
+        removed = fs::remove(file, ignored) || removed;
     }
     if (step >= steps - 1 && !removed) break;
   }
