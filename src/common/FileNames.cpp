@@ -38,6 +38,11 @@ std::string insertBeforeExtension(const std::string& path, const std::string& te
   return named;
 }
 
+std::string extensionOf(const std::string& path) {
+  const std::size_t dot = extensionDot(path);
+  return dot == std::string::npos ? std::string() : path.substr(dot + 1);
+}
+
 std::string stepFileName(const KeywordsElasticity& keywords, const std::string& path, int step) {
   if (keywords.isSingleStep()) return path;
   std::string suffix(1, '_');

@@ -16,6 +16,10 @@ std::string joinPath(const std::string& directory, const std::string& name);
 // end. A dot that starts the element (".result") is no extension.
 std::string insertBeforeExtension(const std::string& path, const std::string& text);
 
+// The extension of the last path element without its dot ("gmr" of "run.d/state.gmr"); empty
+// when the element has none.
+std::string extensionOf(const std::string& path);
+
 // The file name of step (zero-based) for any per-step output: path itself for a single step,
 // else with "_" and the one-based step number before the extension ("result_3.txt").
 std::string stepFileName(const KeywordsElasticity& keywords, const std::string& path, int step);

@@ -63,6 +63,7 @@ int RunSequence::run() {
     printMemoryEstimate();
   } else {
     makePlans();
+    readRestartState();
     runSteps();
     finishRun();
   }
@@ -161,10 +162,6 @@ void RunSequence::buildMaterials() {
   hybrid_ = materials_->containsHybrid(*geometry_);
   timers_.materials.stop();
 }
-
-// Stored states of an earlier run are not written by this build, so there is never a step to
-// go on from: the run starts at step 0.
-void RunSequence::findRestartStep() { restart_ = false; }
 
 void RunSequence::finishMaterials() {
   timers_.materials.start();

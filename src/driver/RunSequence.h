@@ -64,6 +64,19 @@ class RunSequence {
   void finishRun();
   [[noreturn]] void stopAtMissingStep(const std::string& what);
 
+  // Going on from an earlier, stopped run of the same load history (RunSequenceRestart.cpp).
+  std::string fieldFileName(int step) const;
+  std::string stateFileName(int step) const;
+  std::vector<std::string> stepFiles(int step) const;
+  bool stepIsComplete(int step) const;
+  bool canGoOnFrom(int step) const;
+  void removeStepFiles(int fromStep) const;
+  bool isInputFile(const std::string& path) const;
+  void readRestartState();
+  void readPrimaryField(FFTImage& field, const std::string& fileName,
+                        const std::string& fieldName) const;
+  void saveRestartState(int step) const;
+
   std::vector<std::string> arguments_;
   std::string parameterPath_;
   std::string outputDirectory_;
@@ -77,6 +90,10 @@ class RunSequence {
   bool allLinear_ = false;
   bool hybrid_ = false;
   bool restart_ = false;
+  // The step the loop starts at: 0, or the step a restart goes on from.
+  int firstStep_ = 0;
+  // SaveRestartFile names a .gmr file: every step stores its state, and a run may restart.
+  bool savesStates_ = false;
   bool pathIndependent_ = true;
   bool needsThermal_ = false;
   bool runsSolver_ = false;

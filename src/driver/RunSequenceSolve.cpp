@@ -2,7 +2,6 @@
 // loop with its output and averages, and the end of the run with its report.
 #include <cinttypes>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 
 #include "common/Fatal.h"
@@ -13,6 +12,7 @@
 #include "driver/RunReport.h"
 #include "driver/RunSequence.h"
 #include "formats/DataWriter.h"
+#include "formats/RestartFiles.h"
 #include "formats/VtiWriter.h"
 #include "formats/VtkWriter.h"
 #include "input/KeyWordsLattora.h"
@@ -87,7 +87,7 @@ void RunSequence::makePlans() {
 void RunSequence::runSteps() {
   const KeyWordsLattora& kw = *keywords_;
   const int steps = kw.numberOfSteps();
-  for (int i = 0; i < steps; ++i) {
+  for (int i = firstStep_; i < steps; ++i) {
     counters_.matrixVectorProducts = 0;
     kw.printStepHeader(i);
     selectReference(i);
@@ -106,7 +106,8 @@ void RunSequence::runSteps() {
 }
 
 void RunSequence::selectReference(int step) {
-  if (!referenceMaterialDue(*keywords_, step) || !runsSolver_) return;
+  // Due at the first step of this run, which is not step 0 after a restart.
+  if (!referenceMaterialDue(*keywords_, step - firstStep_) || !runsSolver_) return;
   timers_.referenceMaterial.start();
   setupReferenceMaterial(keywords_->problemFormulation(), *keywords_, *materials_, *geometry_, 0,
                          fields_->E.get(), *reference_);
@@ -141,13 +142,14 @@ void RunSequence::writeStepOutput(int step) {
     ctx.geometry = geometry_.get();
     fields_->E->computeStress(*stress, ctx);
   }
-  const std::string lock = outputDirectory_ + "outputLock";
-  std::ofstream(lock).close();
+  // Every file of the step is closed before the lock goes: a run stopped after that point
+  // leaves complete files that a restart may go on from.
+  createOutputLock(outputDirectory_);
   if (kw.writeVtkOutput()) writeFields(step, strain, *stress);
   if (kw.averageStrainStress() || kw.averageSurfaceForces())
     writeAveragesOfStep(step, strain, *stress);
-  std::error_code ignored;
-  std::filesystem::remove(lock, ignored);
+  saveRestartState(step);
+  removeOutputLock(outputDirectory_);
 }
 
 void RunSequence::writeFields(int step, const FFTImage& strain, const FFTImage& stress) {
