@@ -24,8 +24,6 @@ namespace gridmoor {
 
 namespace {
 
-constexpr int kThermalLoadCase = 6;
-
 std::ostringstream resultText(const KeywordsElasticity& keywords) {
   std::ostringstream text;
   text.precision(keywords.effectiveMatrixPrecision());

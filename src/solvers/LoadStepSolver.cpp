@@ -15,8 +15,6 @@ namespace gridmoor {
 
 namespace {
 
-constexpr int kThermalLoadCase = 6;
-
 using FieldFactory = std::function<std::shared_ptr<ElasticityHyperelasticityImage>(
     const GreenOperatorSettings&, const std::array<std::uint64_t, 3>&, const std::string&)>;
 

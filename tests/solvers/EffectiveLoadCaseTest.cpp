@@ -65,20 +65,6 @@ CaseRun runCases(Problem& p, const Grid& g, unsigned cases, const std::string& n
   return run;
 }
 
-// The exact laminate stiffness, column by column from the layer strains that keep the
-// tractions continuous and average to the unit mean strain.
-Matrix6 laminateStiffness(const Matrix6& c0, const Matrix6& c1, double f1, int axis) {
-  Matrix6 eff{};
-  for (int j = 0; j < 6; ++j) {
-    Vector6 unit{};
-    unit[j] = 1.0;
-    const LaminateStrains s = laminateUnderStrain(c0, c1, f1, axis, unit);
-    const Vector6 s0 = multiply(c0, s.layer0), s1 = multiply(c1, s.layer1);
-    for (int i = 0; i < 6; ++i) eff[i][j] = (1.0 - f1) * s0[i] + f1 * s1[i];
-  }
-  return eff;
-}
-
 void expectMatrixNear(const EffectiveMatrix& m, const Matrix6& expected, double tolerance,
                       const std::string& what) {
   for (int i = 0; i < 6; ++i)
