@@ -53,3 +53,11 @@ SIZES="$SIZES" BUILD="$BUILD" THREADS="$THREADS" MIN_SECONDS="$MIN_SECONDS" \
 
 # The solver rows, in a table of their own.
 BUILD="$BUILD" NEUMANN_SIZES="$SIZES" bench/neumann.sh
+
+# Wall time to the full effective stiffness through the binary; 256^3 would take most of an
+# hour on two cores, so only the smaller sizes run unless EFFECTIVE_SIZES says otherwise.
+default_effective=""
+for size in $SIZES; do [[ $size -lt 256 ]] && default_effective+="$size "; done
+if [[ -n "${EFFECTIVE_SIZES:-$default_effective}" ]]; then
+  BUILD="$BUILD" EFFECTIVE_SIZES="${EFFECTIVE_SIZES:-$default_effective}" bench/effective_stiffness.sh
+fi

@@ -64,12 +64,26 @@ std::string solutionFileName(const KeywordsElasticity& keywords, const std::stri
   return joinPath(directory, name);
 }
 
-std::string finishedFileName(const KeywordsElasticity& keywords, const std::string& directory,
-                             int loadCase) {
+namespace {
+
+std::string loadCaseFileName(const KeywordsElasticity& keywords, const std::string& directory,
+                             int loadCase, const std::string& extension) {
   std::string name = solutionFileName(keywords, directory);
   const std::size_t dot = extensionDot(name);
   if (dot != std::string::npos) name.erase(dot);
-  return name + loadCaseSuffix(loadCase) + ".finished";
+  return name + loadCaseSuffix(loadCase) + extension;
+}
+
+}  // namespace
+
+std::string finishedFileName(const KeywordsElasticity& keywords, const std::string& directory,
+                             int loadCase) {
+  return loadCaseFileName(keywords, directory, loadCase, ".finished");
+}
+
+std::string loadCaseResponseFileName(const KeywordsElasticity& keywords,
+                                     const std::string& directory, int loadCase) {
+  return loadCaseFileName(keywords, directory, loadCase, ".response");
 }
 
 }  // namespace gridmoor

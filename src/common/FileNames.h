@@ -37,4 +37,9 @@ std::string solutionFileName(const KeywordsElasticity& keywords, const std::stri
 std::string finishedFileName(const KeywordsElasticity& keywords, const std::string& directory,
                              int loadCase);
 
+// The temporary binary file in which a finished load case of the current step keeps its
+// response until the step's matrices are formed: like the marker, ending in ".response".
+std::string loadCaseResponseFileName(const KeywordsElasticity& keywords,
+                                     const std::string& directory, int loadCase);
+
 }  // namespace gridmoor

@@ -21,6 +21,8 @@ class FFTImage;
 class IsotropicLinearElasticMaterial;
 class LoadStepSolver;
 struct SolverFields;
+class LoadCaseResponses;
+struct LoadCaseRecord;
 
 class RunSequence {
  public:
@@ -61,6 +63,12 @@ class RunSequence {
   void writeStepOutput(int step);
   void writeFields(int step, const FFTImage& strain, const FFTImage& stress);
   void writeAveragesOfStep(int step, const FFTImage& strain, const FFTImage& stress);
+  void homogenize(int step);
+  void writeEffectiveMatrices(int step, const std::array<LoadCaseRecord, 7>& records);
+  void writeBounds(int step);
+  void finishLoadCases();
+  LoadCaseResponses loadCaseResponses() const;
+  void writeResultText(int step, const std::string& text);
   void finishRun();
   [[noreturn]] void stopAtMissingStep(const std::string& what);
 

@@ -43,12 +43,17 @@ void RunSequence::decideSolve() {
   timers_.thermal.start();
   needsThermal_ = materials_->anyHasThermalExpansion(*geometry_) && !kw.isZeroThermalLoad();
   timers_.thermal.stop();
-  if (!kw.useSolver()) stopAtMissingStep("a run without the solver (bounds only)");
-  if (kw.writeEffectiveMatrix()) stopAtMissingStep("the effective matrices (output/WriteEffectiveMatrix)");
-  if (kw.problemFormulation() != "Strain")
+  if (!kw.useSolver()) {
+    // Without the solver only the bounds are computed: nothing is loaded or solved.
+    kw.timeStepType.set(TimeStepType::None);
+    kw.macroscopicStrainStressType.set("Zero");
+    kw.writeEffectiveMatrix.set(false);
+    needsThermal_ = false;
+  } else if (kw.problemFormulation() != "Strain") {
     stopAtMissingStep("the " + kw.problemFormulation() + " formulation");
-  if (kw.iterativeMethod() != "NeumannSeries")
+  } else if (kw.iterativeMethod() != "NeumannSeries") {
     stopAtMissingStep("the iterative method " + kw.iterativeMethod());
+  }
   switchToVariationalScheme(kw, *materials_, *geometry_);
   runsSolver_ = kw.numberOfSteps() >= 2 || !kw.isZeroLoad() || needsThermal_ ||
                 kw.numberOfLoadCases() > 0 || kw.externalForce();
@@ -78,8 +83,10 @@ void RunSequence::makePlans() {
   progress(5);
   timers_.referenceMaterial.start();
   reference_ = std::make_unique<IsotropicLinearElasticMaterial>("ReferenceMaterial", 0.0, 0.0);
-  solver_ = std::make_unique<LoadStepSolver>(kw, *geometry_, *materials_, outputDirectory_,
-                                             &timers_.total);
+  // The operator of a run that solves nothing would take the memory the empty fields save.
+  if (runsSolver_)
+    solver_ = std::make_unique<LoadStepSolver>(kw, *geometry_, *materials_, outputDirectory_,
+                                               &timers_.total);
   timers_.referenceMaterial.stop();
   if (fields_->E_old != fields_->deltaE) *fields_->E_old = *fields_->E;
 }
@@ -102,6 +109,9 @@ void RunSequence::runSteps() {
       resetGraph();
     }
     writeStepOutput(i);
+    homogenize(i);
+    writeBounds(i);
+    finishLoadCases();
   }
 }
 

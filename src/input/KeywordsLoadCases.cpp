@@ -4,12 +4,6 @@
 
 namespace gridmoor {
 
-namespace {
-
-constexpr int kThermalLoadCase = 6;
-
-}  // namespace
-
 bool KeywordsElasticity::hasLoadCase(int loadCase) const {
   if (!writeEffectiveMatrix() || loadCase < 0 || loadCase > kThermalLoadCase) return false;
   if (loadCase == kThermalLoadCase) return computeThermalExpansion();

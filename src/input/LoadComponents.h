@@ -28,6 +28,8 @@ int componentCount(LoadKind kind);
 std::string loadKindName(LoadKind kind);
 
 inline constexpr unsigned kAllVoigtBits = 0x3Fu;
+// The homogenization load case after the six unit loads: the temperature step.
+inline constexpr int kThermalLoadCase = 6;
 inline constexpr unsigned kAllTensorBits = 0x1FFu;
 
 // Slot of a component in the Voigt vector: the words XX, YY, ZZ, YZ, XZ, XY, or the one-based

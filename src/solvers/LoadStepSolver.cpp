@@ -91,6 +91,22 @@ SolverFields allocateSolverFields(const KeywordsElasticity& keywords,
   return f;
 }
 
+bool loadCasesPrescribeStress(const KeywordsElasticity& keywords) {
+  // A mixed load prescribes some strains and some stresses; its unit cases are taken as strain
+  // cases: the effective stiffness of a linear cell does not depend on how the step's state
+  // was reached, and strain cases need no inversion for partial case lists.
+  return keywords.macroscopicLoadKind() == LoadKind::Stress;
+}
+
+MacroscopicLoad loadCaseLoad(const KeywordsElasticity& keywords, int loadCase) {
+  MacroscopicLoad load;
+  load.stressMask = loadCasesPrescribeStress(keywords) ? kAllVoigtBits : 0u;
+  // Unit loads act in the grid's axes, so the matrices are in the grid's frame.
+  if (loadCase >= 0 && loadCase < kThermalLoadCase)
+    load.values[static_cast<std::size_t>(loadCase)] = keywords.macroscopicLoadCaseIncrement();
+  return load;
+}
+
 MacroscopicLoad macroscopicLoadOf(const KeywordsElasticity& keywords, double time) {
   std::vector<double> values;
   keywords.macroscopicLoadAt(time, values);
@@ -133,34 +149,64 @@ LoadStepSolver::LoadStepSolver(const KeywordsElasticity& keywords, const Geometr
     routineSet_ = RoutineSet::Fixed;
 }
 
-NeumannResult LoadStepSolver::solveStep(int step, SolverFields& fields, double lambda0, double mu0,
-                                        SolverCounters& counters, int doneSteps, int totalSteps) {
-  if (keywords_.iterativeMethod() != "NeumannSeries")
-    fatal("Iterative method " + keywords_.iterativeMethod() + " is not available yet");
-  if (routineSet_ == RoutineSet::NewtonRaphson)
-    fatal("Newton-Raphson iterations are not available yet");
-  // The load at the end of the step: the state the step has to reach.
-  const double time = keywords_.timeOfStep(step + 1);
-  const MacroscopicLoad load = macroscopicLoadOf(keywords_, time);
+StepContext LoadStepSolver::contextOf(double lambda0, double mu0, double temperatureChange) const {
   StepContext ctx;
   ctx.keywords = &keywords_;
   ctx.materials = &materials_;
   ctx.geometry = &geometry_;
   ctx.greenOperator = op_.get();
   ctx.reference = ReferenceConstants::of(lambda0, mu0);
-  if (routineSet_ == RoutineSet::Fixed) ctx.oldField = fields.E_old.get();
-  ctx.temperatureChange = keywords_.temperatureChangeAt(time);
+  ctx.temperatureChange = temperatureChange;
   ctx.tikhonovAlpha =
       keywords_.tikhonovRegularization() ? keywords_.tikhonovRegularizationAlpha() : 0.0;
+  return ctx;
+}
 
+NeumannResult LoadStepSolver::solveStep(int step, SolverFields& fields, double lambda0, double mu0,
+                                        SolverCounters& counters, int doneSteps, int totalSteps) {
+  if (routineSet_ == RoutineSet::NewtonRaphson)
+    fatal("Newton-Raphson iterations are not available yet");
+  // The load at the end of the step: the state the step has to reach.
+  const double time = keywords_.timeOfStep(step + 1);
+  const MacroscopicLoad load = macroscopicLoadOf(keywords_, time);
+  StepContext ctx = contextOf(lambda0, mu0, keywords_.temperatureChangeAt(time));
+  if (routineSet_ == RoutineSet::Fixed) ctx.oldField = fields.E_old.get();
+  return runMethod(*fields.deltaE, ctx, load, step, counters, doneSteps, totalSteps);
+}
+
+// Load cases are solved for laws that are affine linear in the strain: the response to the
+// step's state plus the increment, less the response to the state itself, is the response to
+// the increment alone with no temperature change. So the mechanical cases solve the unit load
+// at zero temperature change and the thermal case solves zero mechanical load at the
+// temperature increment; neither needs the converged field of the step as a start.
+StepContext LoadStepSolver::loadCaseContext(int loadCase, double lambda0, double mu0) const {
+  const double temperature =
+      loadCase == kThermalLoadCase ? keywords_.macroscopicTemperatureChangeIncrement() : 0.0;
+  return contextOf(lambda0, mu0, temperature);
+}
+
+NeumannResult LoadStepSolver::solveLoadCase(int /*step*/, int loadCase, SolverFields& fields,
+                                            double lambda0, double mu0, SolverCounters& counters) {
+  if (routineSet_ == RoutineSet::NewtonRaphson)
+    fatal("Newton-Raphson iterations are not available yet");
+  const StepContext ctx = loadCaseContext(loadCase, lambda0, mu0);
+  // Step index 0: each case starts from its own mean, not from the step's field.
+  return runMethod(*fields.deltaE, ctx, loadCaseLoad(keywords_, loadCase), 0, counters, 0, 1);
+}
+
+NeumannResult LoadStepSolver::runMethod(ElasticityHyperelasticityImage& field,
+                                        const StepContext& ctx, const MacroscopicLoad& load,
+                                        int stepIndex, SolverCounters& counters, int doneSteps,
+                                        int totalSteps) {
+  if (keywords_.iterativeMethod() != "NeumannSeries")
+    fatal("Iterative method " + keywords_.iterativeMethod() + " is not available yet");
   ConvergenceSettings settings =
       ConvergenceSettings::fromKeywords(keywords_, outputDirectory_, runTimer_);
   settings.doneSteps = doneSteps;
   settings.totalSteps = totalSteps;
-  ElasticityHyperelasticityImage& field = *fields.deltaE;
   NeumannOptions options;
   options.routineSet = routineSet_;
-  options.stepIndex = step;
+  options.stepIndex = stepIndex;
   options.eyreMilton =
       keywords_.accelerateWithEyreMilton() && keywords_.problemFormulation() == "DeformationGradient";
   if (settings.useDivergence) {

@@ -42,6 +42,12 @@ SolverFields allocateSolverFields(const KeywordsElasticity& keywords,
 // The macroscopic load of the keyword store at `time` in the solver's form.
 MacroscopicLoad macroscopicLoadOf(const KeywordsElasticity& keywords, double time);
 
+// The macroscopic load of homogenization load case loadCase (0 to 5: the unit loads in Voigt
+// order, 6: the thermal case) and whether its mean is prescribed as stress.
+MacroscopicLoad loadCaseLoad(const KeywordsElasticity& keywords, int loadCase);
+// True when the load cases prescribe mean stresses, so that they measure the compliance.
+bool loadCasesPrescribeStress(const KeywordsElasticity& keywords);
+
 // One object per run: the Green operator of the discretisation is built once, and each call
 // of solveStep solves one load step in place on the fields.
 class LoadStepSolver {
@@ -55,10 +61,23 @@ class LoadStepSolver {
   NeumannResult solveStep(int step, SolverFields& fields, double lambda0, double mu0,
                           SolverCounters& counters, int doneSteps, int totalSteps);
 
+  // Solves homogenization load case loadCase of step `step` in place on fields.deltaE: the
+  // response to the load case's increment alone (see loadCaseContext).
+  NeumannResult solveLoadCase(int step, int loadCase, SolverFields& fields, double lambda0,
+                              double mu0, SolverCounters& counters);
+  // The context in which load case loadCase is solved and its stress is evaluated.
+  StepContext loadCaseContext(int loadCase, double lambda0, double mu0) const;
+
   const DiscreteGreenOperator& greenOperator() const { return *op_; }
   RoutineSet routineSet() const { return routineSet_; }
 
  private:
+  StepContext contextOf(double lambda0, double mu0, double temperatureChange) const;
+  // The one place where a solve calls the iterative method.
+  NeumannResult runMethod(ElasticityHyperelasticityImage& field, const StepContext& ctx,
+                          const MacroscopicLoad& load, int stepIndex, SolverCounters& counters,
+                          int doneSteps, int totalSteps);
+
   const KeywordsElasticity& keywords_;
   const Geometry& geometry_;
   const MaterialElasticVector& materials_;

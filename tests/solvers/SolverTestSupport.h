@@ -190,10 +190,8 @@ inline LaminateStrains laminateUnderStrain(const Matrix6& c0, const Matrix6& c1,
   return s;
 }
 
-// Mean strain of the laminate under mean stress: the effective stiffness, column by column
-// from unit mean strains, inverted.
-inline Vector6 laminateMeanStrainUnderStress(const Matrix6& c0, const Matrix6& c1, double f1,
-                                             int axis, const Vector6& stress) {
+// The exact laminate stiffness, column by column from the layer strains of unit mean strains.
+inline Matrix6 laminateStiffness(const Matrix6& c0, const Matrix6& c1, double f1, int axis) {
   Matrix6 eff{};
   for (int j = 0; j < 6; ++j) {
     Vector6 unit{};
@@ -202,7 +200,13 @@ inline Vector6 laminateMeanStrainUnderStress(const Matrix6& c0, const Matrix6& c
     const Vector6 s0 = multiply(c0, s.layer0), s1 = multiply(c1, s.layer1);
     for (int i = 0; i < 6; ++i) eff[i][j] = (1.0 - f1) * s0[i] + f1 * s1[i];
   }
-  return solve(eff, stress);
+  return eff;
+}
+
+// Mean strain of the laminate under mean stress: the effective stiffness inverted.
+inline Vector6 laminateMeanStrainUnderStress(const Matrix6& c0, const Matrix6& c1, double f1,
+                                             int axis, const Vector6& stress) {
+  return solve(laminateStiffness(c0, c1, f1, axis), stress);
 }
 
 }  // namespace gridmoor::solver_test
