@@ -22,6 +22,7 @@
 #include "postprocessing/ColourAverages.h"
 #include "postprocessing/ResultFile.h"
 #include "postprocessing/SurfaceForces.h"
+#include "solvers/IterativeMethods.h"
 #include "solvers/LoadStepSolver.h"
 #include "voxel/DebugAllocator.h"
 #include "voxel/Geometry.h"
@@ -46,8 +47,8 @@ void RunSequence::decideSolve() {
   if (kw.writeEffectiveMatrix()) stopAtMissingStep("the effective matrices (output/WriteEffectiveMatrix)");
   if (kw.problemFormulation() != "Strain")
     stopAtMissingStep("the " + kw.problemFormulation() + " formulation");
-  if (kw.iterativeMethod() != "NeumannSeries")
-    stopAtMissingStep("the iterative method " + kw.iterativeMethod());
+  // Before any field is allocated: MINRES and LSQR belong to the effective-matrix load cases.
+  requireMethodAvailable(kw.iterativeMethod(), kw.writeEffectiveMatrix());
   switchToVariationalScheme(kw, *materials_, *geometry_);
   runsSolver_ = kw.numberOfSteps() >= 2 || !kw.isZeroLoad() || needsThermal_ ||
                 kw.numberOfLoadCases() > 0 || kw.externalForce();

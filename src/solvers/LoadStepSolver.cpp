@@ -7,6 +7,7 @@
 #include "common/Fatal.h"
 #include "input/KeywordsElasticity.h"
 #include "materials/MaterialVector.h"
+#include "solvers/IterativeMethods.h"
 #include "solvers/PairAndLargeStrainImages.h"
 #include "solvers/StrainStressImage.h"
 #include "voxel/Geometry.h"
@@ -80,14 +81,21 @@ SolverFields allocateSolverFields(const KeywordsElasticity& keywords,
                                    : f.deltaE;
   const auto method = methodTable().find(keywords.iterativeMethod());
   if (method == methodTable().end()) return f;
-  // The start field of the Krylov methods is not needed when every law is affine linear in
-  // the formulation and no Newton-Raphson iteration runs: the load alone fixes the start.
+  // "e0" holds b = T(0) of the system (I - L) x = b. When every law is affine linear in the
+  // formulation and no Newton-Raphson iteration runs, the methods get L as the step under
+  // zero load instead (the load, the temperature change and the body force are exactly the
+  // affine part of the step), so b needs no field of its own. Otherwise L(p) = T(p) - b and
+  // b is kept.
   const bool skipStart =
       materials.allLinearForFormulation(keywords, geometry) && !keywords.linearizeWithNR();
   for (const std::string& name : method->second) {
     if (name == "e0" && skipStart) continue;
     f.methodFields[name] = makeFormulationField(formulation, keywords, grid, name);
   }
+  // The residuum is measured on a copy of the solution: the Neumann series has no work field
+  // that could take it.
+  if (keywords.calculateResiduum() && f.methodFields.empty())
+    f.methodFields["Residuum"] = makeFormulationField(formulation, keywords, grid, "Residuum");
   return f;
 }
 
@@ -135,8 +143,6 @@ LoadStepSolver::LoadStepSolver(const KeywordsElasticity& keywords, const Geometr
 
 NeumannResult LoadStepSolver::solveStep(int step, SolverFields& fields, double lambda0, double mu0,
                                         SolverCounters& counters, int doneSteps, int totalSteps) {
-  if (keywords_.iterativeMethod() != "NeumannSeries")
-    fatal("Iterative method " + keywords_.iterativeMethod() + " is not available yet");
   if (routineSet_ == RoutineSet::NewtonRaphson)
     fatal("Newton-Raphson iterations are not available yet");
   // The load at the end of the step: the state the step has to reach.
@@ -158,7 +164,7 @@ NeumannResult LoadStepSolver::solveStep(int step, SolverFields& fields, double l
   settings.doneSteps = doneSteps;
   settings.totalSteps = totalSteps;
   ElasticityHyperelasticityImage& field = *fields.deltaE;
-  NeumannOptions options;
+  MethodOptions options;
   options.routineSet = routineSet_;
   options.stepIndex = step;
   options.eyreMilton =
@@ -171,8 +177,10 @@ NeumannResult LoadStepSolver::solveStep(int step, SolverFields& fields, double l
     }
     options.divergenceWork = divergenceWork_.get();
   }
+  options.calculateResiduum = keywords_.calculateResiduum();
   field.resetSolverState();
-  return solveNeumannSeries(field, ctx, load, options, settings, counters, std::cout, std::cerr);
+  return solveWithMethod(keywords_.iterativeMethod(), fields, ctx, load, options, settings,
+                         counters, std::cout, std::cerr);
 }
 
 }  // namespace gridmoor
