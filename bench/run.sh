@@ -53,3 +53,6 @@ SIZES="$SIZES" BUILD="$BUILD" THREADS="$THREADS" MIN_SECONDS="$MIN_SECONDS" \
 
 # The solver rows, in a table of their own.
 BUILD="$BUILD" NEUMANN_SIZES="$SIZES" bench/neumann.sh
+
+# The iterative methods: iterations against contrast, and the cost of a Krylov iteration.
+BUILD="$BUILD" bench/krylov.sh
