@@ -56,24 +56,6 @@ void copyValues(FFTImage& dst, const FFTImage& src) {
   dst.isInFourierSpace = src.isInFourierSpace;
 }
 
-void scaleValues(FFTImage& x, double factor) {
-  const std::uint64_t nc = x.nComponents;
-  double* d = x.data();
-  voxelPass<0>(x, [=](std::uint64_t o, std::array<double, 0>&) {
-    for (std::uint64_t c = 0; c < nc; ++c) d[o + c] *= factor;
-  });
-}
-
-void addScaledValues(FFTImage& x, double factor, const FFTImage& y) {
-  requireSameShape(x, y, "addScaledValues");
-  const std::uint64_t nc = x.nComponents;
-  double* d = x.data();
-  const double* s = y.data();
-  voxelPass<0>(x, [=](std::uint64_t o, std::array<double, 0>&) {
-    for (std::uint64_t c = 0; c < nc; ++c) d[o + c] += factor * s[o + c];
-  });
-}
-
 double dot(const FFTImage& x, const FFTImage& y, const FieldProduct& product) {
   requireSameShape(x, y, "dot");
   const double* a = x.data();
@@ -87,18 +69,6 @@ double norm2(const FFTImage& x, const FieldProduct& product) {
   const double* a = x.data();
   return voxelPass<1>(x, [&](std::uint64_t o, std::array<double, 1>& s) {
     s[0] += product.norm2(a + o);
-  })[0];
-}
-
-double addScaledAndNorm2(FFTImage& r, double factor, const FFTImage& q,
-                         const FieldProduct& product) {
-  requireSameShape(r, q, "addScaledAndNorm2");
-  const std::uint64_t nc = r.nComponents;
-  double* d = r.data();
-  const double* s = q.data();
-  return voxelPass<1>(r, [&](std::uint64_t o, std::array<double, 1>& sums) {
-    for (std::uint64_t c = 0; c < nc; ++c) d[o + c] += factor * s[o + c];
-    sums[0] += product.norm2(d + o);
   })[0];
 }
 

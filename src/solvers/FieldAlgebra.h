@@ -1,5 +1,5 @@
 // Whole-field algebra of the iterative methods on real-space fields of one shape: copies,
-// scaled sums, weighted inner products, and a voxel pass that fuses them with reductions.
+// weighted inner products, and a voxel pass that fuses updates with their reductions.
 #pragma once
 
 #include <array>
@@ -75,16 +75,12 @@ class FieldProduct {
   std::array<double, kMaxPoints> trace_{};
 };
 
+// Element-wise updates that need no reduction (scale, scaled add) are Vector's own: they may
+// run over the padding too. The methods fuse theirs into voxelPass with their reductions.
+
 // dst := src, values only (the padding is left alone).
 void copyValues(FFTImage& dst, const FFTImage& src);
-// x *= factor.
-void scaleValues(FFTImage& x, double factor);
-// x += factor * y.
-void addScaledValues(FFTImage& x, double factor, const FFTImage& y);
 double dot(const FFTImage& x, const FFTImage& y, const FieldProduct& product);
 double norm2(const FFTImage& x, const FieldProduct& product);
-// r += factor * q, returning the new norm2(r): the residual update of the symmetric methods.
-double addScaledAndNorm2(FFTImage& r, double factor, const FFTImage& q,
-                         const FieldProduct& product);
 
 }  // namespace gridmoor

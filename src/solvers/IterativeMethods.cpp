@@ -59,7 +59,7 @@ class SystemOperator {
 
   // After step(q) on a copy of p: q := L(p).
   void toL(FFTImage& q) const {
-    if (b_) addScaledValues(q, -1.0, *b_);
+    if (b_) q.addScaled(*b_, -1.0);
   }
 
   // After step(q) on a copy of p: q := A(p) = p - L(p), then body(offset, sums) on the
