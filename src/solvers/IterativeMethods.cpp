@@ -57,8 +57,10 @@ class SystemOperator {
     return b_ ? q.step(kind_, ctx_, load_) : q.step(kind_, homogeneousCtx_, zeroLoad_);
   }
 
-  // After step(q) on a copy of p: q := L(p).
-  void toL(FFTImage& q) const {
+  // q := L(b), the residual b - (I - L) b of the start x = b (after start()).
+  void startResidual(Field& q) {
+    copyValues(q, x_);
+    step(q);
     if (b_) q.addScaled(*b_, -1.0);
   }
 
@@ -212,9 +214,7 @@ void runCG(MethodRun& m) {
   Field& q = m.field("Ad_k");
   SystemOperator op = m.systemOperator();
   m.startCriteria(op.start().fieldNormSquared);
-  copyValues(q, m.x);
-  op.step(q);
-  op.toL(q);
+  op.startResidual(q);
   const std::uint64_t nc = m.x.nComponents;
   double* xd = m.x.data();
   double* pd = p.data();
@@ -324,9 +324,7 @@ void runBiCGSTAB(MethodRun& m) {
   Field& r0 = m.field("r_0");
   SystemOperator op = m.systemOperator();
   m.startCriteria(op.start().fieldNormSquared);
-  copyValues(ap, m.x);
-  op.step(ap);
-  op.toL(ap);
+  op.startResidual(ap);
   const std::uint64_t nc = m.x.nComponents;
   double* xd = m.x.data();
   double* sd = s.data();
@@ -405,9 +403,7 @@ void runMINRES(MethodRun& m) {
   double* xd = m.x.data();
   double* rd = r.data();
   // r := p := L(b), the residual of x = b, then s := A(p).
-  copyValues(*ss[0], m.x);
-  op.step(*ss[0]);
-  op.toL(*ss[0]);
+  op.startResidual(*ss[0]);
   copyValues(r, *ss[0]);
   copyValues(*ps[0], *ss[0]);
   op.step(*ss[0]);
@@ -486,9 +482,7 @@ void runLSQR(MethodRun& m) {
   Field& q = m.field("Auv_k");
   SystemOperator op = m.systemOperator();
   m.startCriteria(op.start().fieldNormSquared);
-  copyValues(q, m.x);
-  op.step(q);
-  op.toL(q);
+  op.startResidual(q);
   const std::uint64_t nc = m.x.nComponents;
   const FieldProduct& energy = m.energy;
   const FieldProduct& tensor = m.tensor;
