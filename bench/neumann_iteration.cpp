@@ -3,45 +3,15 @@
 // and counts iterations to a tolerance of 1e-6. Prints one Markdown table row.
 //
 //   neumann_iteration SIZE THREADS [PLANNER=Estimate]
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <string>
-#include <vector>
 
-#include "common/Timer.h"
+#include "BenchSupport.h"
 #include "input/KeywordsElasticity.h"
-#include "materials/IsotropicLinearElasticMaterial.h"
-#include "materials/Material.h"
-#include "materials/MaterialVector.h"
 #include "solvers/NeumannSeries.h"
 #include "solvers/StrainStressImage.h"
-#include "voxel/Geometry.h"
-#include "voxel/GeometryGenerator.h"
-
-namespace {
-
-// Peak resident set of the process in KB (VmHWM), 0 when unreadable.
-std::uint64_t peakResidentKB() {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line))
-    if (line.rfind("VmHWM:", 0) == 0) return std::strtoull(line.c_str() + 6, nullptr, 10);
-  return 0;
-}
-
-void addIsotropic(gridmoor::MaterialElasticVector& table, gridmoor::Colour colour, double e,
-                  double nu) {
-  const double lambda = e * nu / ((1 + nu) * (1 - 2 * nu));
-  const double mu = e / (2 * (1 + nu));
-  auto* law = new gridmoor::IsotropicLinearElasticMaterial("law", lambda, mu);
-  law->colour = colour;
-  table.addMaterial(colour, std::make_unique<gridmoor::Material>(law, nullptr));
-}
-
-}  // namespace
 
 int main(int argc, char** argv) {
   using namespace gridmoor;
@@ -55,15 +25,8 @@ int main(int argc, char** argv) {
   if (n < 4 || threads < 1) return 1;
 
   StaticGeometry geometry;
-  GeneratorOptions options;
-  options.shape = GeneratorShape::Sphere;
-  options.size = {n, n, n};
-  options.fraction = 0.2;
-  generateGeometry(options, geometry.RealVoxelImage);
-  geometry.RealVoxelImage.collectColors();
   MaterialElasticVector materials;
-  addIsotropic(materials, options.matrixColor, 1.0, 0.3);
-  addIsotropic(materials, options.inclusionColor, 10.0, 0.3);
+  bench::sphereComposite(n, 10.0, geometry, materials);
 
   const GreenOperatorSettings settings =
       GreenOperatorSettings::of(GreenOperatorType::Basic, FilterType::None, true);
@@ -72,18 +35,7 @@ int main(int argc, char** argv) {
   field.initThreadsAndPlans(threads, planner);
 
   // The transform pair of this very field, the denominator of the ratio.
-  field.forwardTransform();
-  field.backwardTransform();
-  std::vector<double> pairs;
-  for (int i = 0; i < 5; ++i) {
-    Timer t;
-    t.start();
-    field.forwardTransform();
-    field.backwardTransform();
-    pairs.push_back(t.seconds());
-  }
-  std::sort(pairs.begin(), pairs.end());
-  const double pair = pairs[pairs.size() / 2];
+  const double pair = bench::transformPairSeconds(field);
 
   KeywordsElasticity keywords;
   StepContext ctx;
@@ -107,7 +59,7 @@ int main(int argc, char** argv) {
   // The loop runs one step before the first iteration to fix the start value.
   const double perIteration = solve.seconds() / (r.iterations + 1);
   const double voxels = static_cast<double>(n * n * n);
-  const std::uint64_t peak = peakResidentKB();
+  const std::uint64_t peak = bench::peakResidentKB();
   field.destroyPlansAndCleanupThreads();
   std::printf("| %llu^3 | %d | %.4f | %.4f | %.2f | %d | %.0f |\n",
               static_cast<unsigned long long>(n), threads, perIteration, pair,

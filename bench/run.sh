@@ -61,3 +61,6 @@ for size in $SIZES; do [[ $size -lt 256 ]] && default_effective+="$size "; done
 if [[ -n "${EFFECTIVE_SIZES:-$default_effective}" ]]; then
   BUILD="$BUILD" EFFECTIVE_SIZES="${EFFECTIVE_SIZES:-$default_effective}" bench/effective_stiffness.sh
 fi
+
+# The iterative methods: iterations against contrast, and the cost of a Krylov iteration.
+BUILD="$BUILD" bench/krylov.sh

@@ -1,6 +1,5 @@
 #include "driver/MemoryEstimate.h"
 
-#include <iostream>
 #include <map>
 #include <string>
 
@@ -31,24 +30,28 @@ std::uint64_t solverFieldCount(const KeywordsElasticity& kw, const MemoryEstimat
   const bool sequence = kw.numberOfSteps() >= 2 || kw.numberOfLoadCases() > 0;
   const bool extrapolatesFromLoad =
       in.pathIndependent && kw.extrapolation() != ExtrapolationType::AffinLinear;
-  if (sequence && !extrapolatesFromLoad) ++fields;  // E_old
+  const bool separateOld = sequence && !extrapolatesFromLoad;
+  if (separateOld) ++fields;  // E_old
   if (kw.linearizeWithNR()) ++fields;               // E
+  // A method word outside the table never reaches the solve (the run refuses it), so it
+  // adds no fields.
   const auto method = methodFieldCounts().find(kw.iterativeMethod());
-  if (method != methodFieldCounts().end()) {
+  const bool neumann = method == methodFieldCounts().end() || method->first == "NeumannSeries";
+  if (!neumann) {
     fields += method->second;
-    if (method->first != "NeumannSeries") ++fields;  // e0, the right-hand side of the system
-  } else {
-    // A run with a method word outside the table solves nothing, so it has no method fields;
-    // the word is named so that a typing error is found.
-    std::cerr << "Unknown iterative method " << kw.iterativeMethod() << "\n";
+    // e0, the right-hand side of the system, unless the load alone fixes it.
+    if (!in.allLinear || kw.linearizeWithNR()) ++fields;
+  } else if (kw.calculateResiduum()) {
+    ++fields;  // the residuum is measured on a copy of the solution
   }
   if (usesTwinFields(kw)) fields *= 2;
   const std::string norm = kw.convergenceNorm();
   if (norm == "Divergence" || norm == "SimpleAndDivergence") ++fields;
   // The dual field is computed beside the solution for output and averages; the
-  // homogenization keeps the converged state while the load cases run.
+  // homogenization keeps the converged state in a copy while the load cases run, when no
+  // E_old can hold it and later steps start from it.
   if (kw.writeVtkOutput() || kw.averageStrainStress() || kw.averageSurfaceForces()) ++fields;
-  if (kw.writeEffectiveMatrix()) ++fields;
+  if (kw.writeEffectiveMatrix() && !separateOld && kw.numberOfSteps() >= 2) ++fields;
   return fields;
 }
 

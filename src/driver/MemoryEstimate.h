@@ -13,6 +13,7 @@ struct MemoryEstimateInputs {
   std::array<std::uint64_t, 3> grid{};
   // Values of one solver field at a voxel: components times integration points.
   std::uint64_t valuesPerVoxel = 6;
+  bool allLinear = true;
   bool pathIndependent = true;
   // Resident size of the process before any solver field existed: code, libraries, the
   // geometry, the orientations and the material table.

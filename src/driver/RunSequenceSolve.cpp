@@ -23,6 +23,7 @@
 #include "postprocessing/ColourAverages.h"
 #include "postprocessing/ResultFile.h"
 #include "postprocessing/SurfaceForces.h"
+#include "solvers/IterativeMethods.h"
 #include "solvers/LoadStepSolver.h"
 #include "voxel/DebugAllocator.h"
 #include "voxel/Geometry.h"
@@ -51,8 +52,9 @@ void RunSequence::decideSolve() {
     needsThermal_ = false;
   } else if (kw.problemFormulation() != "Strain") {
     stopAtMissingStep("the " + kw.problemFormulation() + " formulation");
-  } else if (kw.iterativeMethod() != "NeumannSeries") {
-    stopAtMissingStep("the iterative method " + kw.iterativeMethod());
+  } else {
+    // Before any field is allocated: MINRES and LSQR belong to the effective-matrix load cases.
+    requireMethodAvailable(kw.iterativeMethod(), kw.writeEffectiveMatrix());
   }
   switchToVariationalScheme(kw, *materials_, *geometry_);
   runsSolver_ = kw.numberOfSteps() >= 2 || !kw.isZeroLoad() || needsThermal_ ||
@@ -223,6 +225,7 @@ void RunSequence::finishRun() {
   MemoryEstimateInputs estimate;
   estimate.grid = gridSize_;
   estimate.valuesPerVoxel = fields_->deltaE->nComponents;
+  estimate.allLinear = allLinear_;
   estimate.pathIndependent = pathIndependent_;
   estimate.baselineKB = baselineKB_;
   figures.estimateKB = estimateMemoryKB(*keywords_, estimate);

@@ -7,6 +7,7 @@
 #include "common/Fatal.h"
 #include "input/KeywordsElasticity.h"
 #include "materials/MaterialVector.h"
+#include "solvers/IterativeMethods.h"
 #include "solvers/PairAndLargeStrainImages.h"
 #include "solvers/StrainStressImage.h"
 #include "voxel/Geometry.h"
@@ -80,14 +81,21 @@ SolverFields allocateSolverFields(const KeywordsElasticity& keywords,
                                    : f.deltaE;
   const auto method = methodTable().find(keywords.iterativeMethod());
   if (method == methodTable().end()) return f;
-  // The start field of the Krylov methods is not needed when every law is affine linear in
-  // the formulation and no Newton-Raphson iteration runs: the load alone fixes the start.
+  // "e0" holds b = T(0) of the system (I - L) x = b. When every law is affine linear in the
+  // formulation and no Newton-Raphson iteration runs, the methods get L as the step under
+  // zero load instead (the load, the temperature change and the body force are exactly the
+  // affine part of the step), so b needs no field of its own. Otherwise L(p) = T(p) - b and
+  // b is kept.
   const bool skipStart =
       materials.allLinearForFormulation(keywords, geometry) && !keywords.linearizeWithNR();
   for (const std::string& name : method->second) {
     if (name == "e0" && skipStart) continue;
     f.methodFields[name] = makeFormulationField(formulation, keywords, grid, name);
   }
+  // The residuum is measured on a copy of the solution: the Neumann series has no work field
+  // that could take it.
+  if (keywords.calculateResiduum() && f.methodFields.empty())
+    f.methodFields["Residuum"] = makeFormulationField(formulation, keywords, grid, "Residuum");
   return f;
 }
 
@@ -171,7 +179,7 @@ NeumannResult LoadStepSolver::solveStep(int step, SolverFields& fields, double l
   const MacroscopicLoad load = macroscopicLoadOf(keywords_, time);
   StepContext ctx = contextOf(lambda0, mu0, keywords_.temperatureChangeAt(time));
   if (routineSet_ == RoutineSet::Fixed) ctx.oldField = fields.E_old.get();
-  return runMethod(*fields.deltaE, ctx, load, step, counters, doneSteps, totalSteps);
+  return runMethod(fields, ctx, load, step, false, counters, doneSteps, totalSteps);
 }
 
 // Load cases are solved for laws that are affine linear in the strain: the response to the
@@ -191,22 +199,23 @@ NeumannResult LoadStepSolver::solveLoadCase(int /*step*/, int loadCase, SolverFi
     fatal("Newton-Raphson iterations are not available yet");
   const StepContext ctx = loadCaseContext(loadCase, lambda0, mu0);
   // Step index 0: each case starts from its own mean, not from the step's field.
-  return runMethod(*fields.deltaE, ctx, loadCaseLoad(keywords_, loadCase), 0, counters, 0, 1);
+  return runMethod(fields, ctx, loadCaseLoad(keywords_, loadCase), 0, true, counters, 0, 1);
 }
 
-NeumannResult LoadStepSolver::runMethod(ElasticityHyperelasticityImage& field,
-                                        const StepContext& ctx, const MacroscopicLoad& load,
-                                        int stepIndex, SolverCounters& counters, int doneSteps,
-                                        int totalSteps) {
-  if (keywords_.iterativeMethod() != "NeumannSeries")
-    fatal("Iterative method " + keywords_.iterativeMethod() + " is not available yet");
+NeumannResult LoadStepSolver::runMethod(SolverFields& fields, const StepContext& ctx,
+                                        const MacroscopicLoad& load, int stepIndex,
+                                        bool loadCaseRoutine, SolverCounters& counters,
+                                        int doneSteps, int totalSteps) {
+  ElasticityHyperelasticityImage& field = *fields.deltaE;
   ConvergenceSettings settings =
       ConvergenceSettings::fromKeywords(keywords_, outputDirectory_, runTimer_);
   settings.doneSteps = doneSteps;
   settings.totalSteps = totalSteps;
-  NeumannOptions options;
+  MethodOptions options;
   options.routineSet = routineSet_;
   options.stepIndex = stepIndex;
+  options.loadCaseRoutine = loadCaseRoutine;
+  options.calculateResiduum = keywords_.calculateResiduum();
   options.eyreMilton =
       keywords_.accelerateWithEyreMilton() && keywords_.problemFormulation() == "DeformationGradient";
   if (settings.useDivergence) {
@@ -218,7 +227,17 @@ NeumannResult LoadStepSolver::runMethod(ElasticityHyperelasticityImage& field,
     options.divergenceWork = divergenceWork_.get();
   }
   field.resetSolverState();
-  return solveNeumannSeries(field, ctx, load, options, settings, counters, std::cout, std::cerr);
+  // MINRES and LSQR are offered for the load cases only; the step's own solve of such a run
+  // (which has effective matrices to compute, or the run had been refused) takes the Neumann
+  // series, which needs no work fields of its own.
+  std::string method = keywords_.iterativeMethod();
+  if (!loadCaseRoutine && (method == "MINRES" || method == "LSQR")) {
+    std::cout << "The load step is solved by the Neumann series; " << method
+              << " solves the load cases of the effective matrices.\n";
+    method = "NeumannSeries";
+  }
+  return solveWithMethod(method, fields, ctx, load, options, settings, counters, std::cout,
+                         std::cerr);
 }
 
 }  // namespace gridmoor

@@ -74,9 +74,9 @@ class LoadStepSolver {
  private:
   StepContext contextOf(double lambda0, double mu0, double temperatureChange) const;
   // The one place where a solve calls the iterative method.
-  NeumannResult runMethod(ElasticityHyperelasticityImage& field, const StepContext& ctx,
-                          const MacroscopicLoad& load, int stepIndex, SolverCounters& counters,
-                          int doneSteps, int totalSteps);
+  NeumannResult runMethod(SolverFields& fields, const StepContext& ctx,
+                          const MacroscopicLoad& load, int stepIndex, bool loadCaseRoutine,
+                          SolverCounters& counters, int doneSteps, int totalSteps);
 
   const KeywordsElasticity& keywords_;
   const Geometry& geometry_;

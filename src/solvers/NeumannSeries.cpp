@@ -9,15 +9,6 @@ namespace gridmoor {
 
 namespace {
 
-StepKind stepKindOf(RoutineSet set) {
-  switch (set) {
-    case RoutineSet::Fixed: return StepKind::Nonlinear;
-    case RoutineSet::NewtonRaphson: return StepKind::Linearized;
-    case RoutineSet::Linear: break;
-  }
-  return StepKind::Linear;
-}
-
 // The criteria's scalars from the reductions of the last step; the divergence is measured
 // on demand, on the work image.
 class NeumannValues : public CriterionValues {

@@ -14,6 +14,16 @@ namespace gridmoor {
 // Which routine set a solve belongs to: it fixes the step kind and what follows a step.
 enum class RoutineSet { Linear, Fixed, NewtonRaphson };
 
+// The step kind of a routine set: the law without history, with history, or linearized.
+inline StepKind stepKindOf(RoutineSet set) {
+  switch (set) {
+    case RoutineSet::Fixed: return StepKind::Nonlinear;
+    case RoutineSet::NewtonRaphson: return StepKind::Linearized;
+    case RoutineSet::Linear: break;
+  }
+  return StepKind::Linear;
+}
+
 // Run-wide counters that the driver reads for its report.
 struct SolverCounters {
   std::int64_t iterations = 0;

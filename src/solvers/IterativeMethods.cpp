@@ -1,0 +1,644 @@
+#include "solvers/IterativeMethods.h"
+
+#include <cmath>
+#include <map>
+#include <ostream>
+
+#include "common/Fatal.h"
+#include "input/KeywordsElasticity.h"
+#include "solvers/FieldAlgebra.h"
+
+namespace gridmoor {
+
+namespace {
+
+using Field = ElasticityHyperelasticityImage;
+
+// Below these the product that a method divides by is taken as zero: the iterate already
+// solves the system (or the method broke down) and the loop ends.
+constexpr double kCGStall = 1e-16;
+constexpr double kMinresStall = 1e-16;
+constexpr double kBiCGSTABStall = 1e-20;
+// LSQR: a new basis vector whose squared norm is below this fraction of the product it came
+// from adds nothing to the Krylov space.
+constexpr double kLsqrBreakdown = 1e-16;
+
+// The system (I - L) x = b of an affine step T(x) = b + L(x), with b = T(0). Applying it
+// costs one step in place on a work field. When b is kept in a field ("e0": laws that are not
+// affine linear, where T - b is the best stand-in for L), L(p) = T(p) - b. Otherwise the laws
+// are affine linear and L is the step under zero load, without temperature change and body
+// force: the affine parts of T are exactly those, so no field is spent on b.
+class SystemOperator {
+ public:
+  SystemOperator(Field& x, Field* b, StepKind kind, const StepContext& ctx,
+                 const MacroscopicLoad& load, SolverCounters& counters)
+      : x_(x), b_(b), kind_(kind), ctx_(ctx), load_(load), counters_(counters) {
+    homogeneousCtx_ = ctx;
+    homogeneousCtx_.temperatureChange = 0.0;
+    homogeneousCtx_.externalForce = nullptr;
+    zeroLoad_ = load;
+    zeroLoad_.values = {};
+  }
+
+  // x := b = T(0); the sums of the step describe b.
+  StepSums start() {
+    static_cast<FFTImage&>(x_) = 0.0;
+    x_.isInFourierSpace = false;
+    const StepSums sums = x_.step(kind_, ctx_, load_);
+    ++counters_.matrixVectorProducts;
+    if (b_) copyValues(*b_, x_);
+    x_.stateMark = 0;
+    return sums;
+  }
+
+  // The step in place on q: T(q) with a stored b, L(q) without.
+  StepSums step(Field& q) {
+    ++counters_.matrixVectorProducts;
+    return b_ ? q.step(kind_, ctx_, load_) : q.step(kind_, homogeneousCtx_, zeroLoad_);
+  }
+
+  // q := L(b), the residual b - (I - L) b of the start x = b (after start()).
+  void startResidual(Field& q) {
+    copyValues(q, x_);
+    step(q);
+    if (b_) q.addScaled(*b_, -1.0);
+  }
+
+  // After step(q) on a copy of p: q := A(p) = p - L(p), then body(offset, sums) on the
+  // finished values of the voxel, in the same pass.
+  template <std::size_t N, class Body>
+  std::array<double, N> finish(const FFTImage& p, FFTImage& q, Body&& body) const {
+    const std::uint64_t nc = q.nComponents;
+    double* qd = q.data();
+    const double* pd = p.data();
+    if (b_) {
+      const double* bd = b_->data();
+      return voxelPass<N>(q, [&](std::uint64_t o, std::array<double, N>& s) {
+        for (std::uint64_t c = 0; c < nc; ++c) qd[o + c] = pd[o + c] + bd[o + c] - qd[o + c];
+        body(o, s);
+      });
+    }
+    return voxelPass<N>(q, [&](std::uint64_t o, std::array<double, N>& s) {
+      for (std::uint64_t c = 0; c < nc; ++c) qd[o + c] = pd[o + c] - qd[o + c];
+      body(o, s);
+    });
+  }
+
+ private:
+  Field& x_;
+  Field* b_;
+  StepKind kind_;
+  const StepContext& ctx_;
+  const MacroscopicLoad& load_;
+  SolverCounters& counters_;
+  StepContext homogeneousCtx_;
+  MacroscopicLoad zeroLoad_;
+};
+
+// The criteria's scalars of the iterate x: its norm comes from the method's own passes, the
+// stress and divergence are measured on demand.
+class IterateValues : public CriterionValues {
+ public:
+  IterateValues(Field& x, const StepContext& ctx, FFTImage* work) : x_(x), ctx_(ctx), work_(work) {}
+  void setFieldNormSquared(double v) { fieldNormSquared_ = v; }
+  double simpleValue() override { return std::sqrt(fieldNormSquared_); }
+  double stressValue() override { return x_.getStressNormSquared(ctx_); }
+  double divergenceValue() override {
+    if (!work_) fatal("The divergence criterion needs a work field of the solution's shape");
+    return x_.getDivergenceNorm(*work_, ctx_);
+  }
+
+ private:
+  Field& x_;
+  const StepContext& ctx_;
+  FFTImage* work_;
+  double fieldNormSquared_ = 0.0;
+};
+
+// What every method loop shares: its work fields, the operator's counters, the console lines
+// and the criteria on the iterate x (the primary field).
+class MethodRun {
+ public:
+  MethodRun(const std::string& method, SolverFields& fields, const StepContext& ctx,
+            const MacroscopicLoad& load, const MethodOptions& options,
+            const ConvergenceSettings& settings, SolverCounters& counters, std::ostream& out,
+            std::ostream& err)
+      : method(method),
+        x(*fields.deltaE),
+        ctx(ctx),
+        load(load),
+        settings(settings),
+        counters(counters),
+        out(out),
+        kind(stepKindOf(options.routineSet)),
+        energy(FieldProduct::energy(x, ctx.reference)),
+        tensor(FieldProduct::tensor(x)),
+        fields_(fields),
+        routineSet_(options.routineSet),
+        values_(x, ctx, options.divergenceWork),
+        monitor_(settings, out, err) {}
+
+  // A work field of the method, planned on first use.
+  Field& field(const std::string& name) {
+    Field* f = optionalField(name);
+    if (!f) fatal("The iterative method " + method + " needs the work field " + name);
+    return *f;
+  }
+  Field* optionalField(const std::string& name) {
+    const auto it = fields_.methodFields.find(name);
+    if (it == fields_.methodFields.end() || !it->second) return nullptr;
+    Field& f = *it->second;
+    if (!f.plansCreated) f.createPlans(ctx.keywords ? ctx.keywords->plannerFlag() : "Estimate");
+    f.isInFourierSpace = false;
+    return &f;
+  }
+  SystemOperator systemOperator() {
+    return SystemOperator(x, optionalField("e0"), kind, ctx, load, counters);
+  }
+
+  // Criteria start on the start field, whose squared norm is given.
+  void startCriteria(double fieldNormSquared) {
+    values_.setFieldNormSquared(fieldNormSquared);
+    const double e0Simple = settings.useSimple ? std::sqrt(fieldNormSquared) : 0.0;
+    const double e0Stress = settings.useStress ? x.getStressNormSquared(ctx) : 0.0;
+    monitor_.start(e0Simple, e0Stress, values_);
+  }
+  void beginIteration(int n) {
+    out << "Iteration " << n;
+    ++counters.iterations;
+    result.iterations = n + 1;
+  }
+  // x has changed in iteration n: the criteria on it. True when the loop is to end.
+  bool endIteration(int n, double fieldNormSquared) {
+    x.stateMark = 0;
+    if (routineSet_ == RoutineSet::Fixed) x.updateInternalSolution(ctx);
+    values_.setFieldNormSquared(fieldNormSquared);
+    const bool done = monitor_.check(n, values_);
+    out << std::flush;
+    return done;
+  }
+  // The loop ends early; lineOpen: the iteration's line has no criterion text yet.
+  void stalled(bool lineOpen, const std::string& what) {
+    out << (lineOpen ? " - " : "") << method << " stopped: " << what << "\n" << std::flush;
+  }
+  NeumannResult finish() {
+    result.limitReached = monitor_.limitReached();
+    return result;
+  }
+
+  const std::string& method;
+  Field& x;
+  const StepContext& ctx;
+  const MacroscopicLoad& load;
+  const ConvergenceSettings& settings;
+  SolverCounters& counters;
+  std::ostream& out;
+  const StepKind kind;
+  // The methods' product (the map is self-adjoint in it) and the field's own norm.
+  const FieldProduct energy;
+  const FieldProduct tensor;
+  NeumannResult result;
+
+ private:
+  SolverFields& fields_;
+  RoutineSet routineSet_;
+  IterateValues values_;
+  ConvergenceMonitor monitor_;
+};
+
+// Conjugate gradients on (I - L) x = b, started at x = b. p: direction, r: gradient A x - b,
+// q: the product A p.
+void runCG(MethodRun& m) {
+  Field& p = m.field("d_k");
+  Field& r = m.field("g_k");
+  Field& q = m.field("Ad_k");
+  SystemOperator op = m.systemOperator();
+  m.startCriteria(op.start().fieldNormSquared);
+  op.startResidual(q);
+  const std::uint64_t nc = m.x.nComponents;
+  double* xd = m.x.data();
+  double* pd = p.data();
+  double* rd = r.data();
+  double* qd = q.data();
+  const FieldProduct& energy = m.energy;
+  const FieldProduct& tensor = m.tensor;
+  // p := L(b), r := -L(b); q keeps p for the first product.
+  double rr = voxelPass<1>(q, [&](std::uint64_t o, std::array<double, 1>& s) {
+    for (std::uint64_t c = 0; c < nc; ++c) {
+      pd[o + c] = qd[o + c];
+      rd[o + c] = -qd[o + c];
+    }
+    s[0] += energy.norm2(rd + o);
+  })[0];
+  for (int n = 0; n < m.settings.maxIter; ++n) {
+    m.beginIteration(n);
+    op.step(q);
+    const double pq = op.finish<1>(p, q, [&](std::uint64_t o, std::array<double, 1>& s) {
+      s[0] += energy(pd + o, qd + o);
+    })[0];
+    if (std::abs(pq) < kCGStall) {
+      m.stalled(true, "the direction's product vanished");
+      break;
+    }
+    const double alpha = rr / pq;
+    const auto sums = voxelPass<2>(q, [&](std::uint64_t o, std::array<double, 2>& s) {
+      for (std::uint64_t c = 0; c < nc; ++c) {
+        xd[o + c] += alpha * pd[o + c];
+        rd[o + c] += alpha * qd[o + c];
+      }
+      s[0] += energy.norm2(rd + o);
+      s[1] += tensor.norm2(xd + o);
+    });
+    const double beta = sums[0] / rr;
+    rr = sums[0];
+    if (m.endIteration(n, sums[1])) break;
+    // The new direction, copied at once into the field of the next product.
+    voxelPass<0>(q, [&](std::uint64_t o, std::array<double, 0>&) {
+      for (std::uint64_t c = 0; c < nc; ++c) {
+        pd[o + c] = beta * pd[o + c] - rd[o + c];
+        qd[o + c] = pd[o + c];
+      }
+    });
+  }
+}
+
+// Nesterov's accelerated fixed-point iteration: x_{k+1} = T(y_k), y_{k+1} = x_{k+1} +
+// (k - 1) / (k + 2) (x_{k+1} - x_k). The momentum is dropped (k := 0, y := x_{k+1}) when the
+// squared change |x_k - x_{k+1}|^2 has fallen since the last iteration, after at least
+// restartMinIter iterations since the last restart; while it rises or stays, the momentum is
+// kept. This direction of the test is the method's, not an oversight. y lives in "Ad_k" and
+// the step runs on it in place, so that x (the primary field) only ever holds iterates.
+void runSlowCG(MethodRun& m) {
+  Field& y = m.field("Ad_k");
+  const int restartMinIter = m.ctx.keywords ? m.ctx.keywords->restartMinIter() : 5;
+  static_cast<FFTImage&>(m.x) = 0.0;
+  static_cast<FFTImage&>(y) = 0.0;
+  m.x.isInFourierSpace = false;
+  y.isInFourierSpace = false;
+  m.x.stateMark = 0;
+  // The start field is zero: the criteria have no scale from it.
+  m.startCriteria(0.0);
+  const std::uint64_t nc = m.x.nComponents;
+  double* xd = m.x.data();
+  double* yd = y.data();
+  const FieldProduct& energy = m.energy;
+  int k = 0;
+  double last = 0.0;
+  for (int n = 0; n < m.settings.maxIter; ++n) {
+    m.beginIteration(n);
+    ++k;
+    const StepSums sums = y.step(m.kind, m.ctx, m.load);
+    ++m.counters.matrixVectorProducts;
+    // y now holds t = x_{k+1}, x still x_k.
+    const double now = voxelPass<1>(y, [&](std::uint64_t o, std::array<double, 1>& s) {
+      double d[FieldProduct::kMaxValues];
+      for (std::uint64_t c = 0; c < nc; ++c) d[c] = xd[o + c] - yd[o + c];
+      s[0] += energy.norm2(d);
+    })[0];
+    double momentum = 0.0;
+    if (k < restartMinIter || last <= now)
+      momentum = static_cast<double>(k - 1) / static_cast<double>(k + 2);
+    else
+      k = 0;
+    voxelPass<0>(y, [&](std::uint64_t o, std::array<double, 0>&) {
+      for (std::uint64_t c = 0; c < nc; ++c) {
+        const double previous = xd[o + c];
+        const double t = yd[o + c];
+        xd[o + c] = t;
+        yd[o + c] = t + momentum * (t - previous);
+      }
+    });
+    last = now;
+    // The step measured the norm of the field it produced: that is the new x.
+    if (m.endIteration(n, sums.fieldNormSquared)) break;
+  }
+}
+
+// BiCGSTAB with the shadow residual r0 held fixed, started at x = b.
+void runBiCGSTAB(MethodRun& m) {
+  Field& s = m.field("s_k");
+  Field& r = m.field("r_k");
+  Field& p = m.field("p_k");
+  Field& ap = m.field("Ap_k");
+  Field& as = m.field("As_k");
+  Field& r0 = m.field("r_0");
+  SystemOperator op = m.systemOperator();
+  m.startCriteria(op.start().fieldNormSquared);
+  op.startResidual(ap);
+  const std::uint64_t nc = m.x.nComponents;
+  double* xd = m.x.data();
+  double* sd = s.data();
+  double* rd = r.data();
+  double* pd = p.data();
+  double* apd = ap.data();
+  double* asd = as.data();
+  double* r0d = r0.data();
+  const FieldProduct& energy = m.energy;
+  const FieldProduct& tensor = m.tensor;
+  // r := r0 := p := L(b), the residual of x = b; ap keeps p for the first product.
+  double rho = voxelPass<1>(ap, [&](std::uint64_t o, std::array<double, 1>& sum) {
+    for (std::uint64_t c = 0; c < nc; ++c) rd[o + c] = r0d[o + c] = pd[o + c] = apd[o + c];
+    sum[0] += energy.norm2(rd + o);
+  })[0];
+  for (int n = 0; n < m.settings.maxIter; ++n) {
+    m.beginIteration(n);
+    op.step(ap);
+    const double d = op.finish<1>(p, ap, [&](std::uint64_t o, std::array<double, 1>& sum) {
+      sum[0] += energy(apd + o, r0d + o);
+    })[0];
+    if (std::abs(d) < kBiCGSTABStall) {
+      m.stalled(true, "the direction's product vanished");
+      break;
+    }
+    const double alpha = rho / d;
+    voxelPass<0>(s, [&](std::uint64_t o, std::array<double, 0>&) {
+      for (std::uint64_t c = 0; c < nc; ++c) asd[o + c] = sd[o + c] = rd[o + c] - alpha * apd[o + c];
+    });
+    op.step(as);
+    const auto st = op.finish<2>(s, as, [&](std::uint64_t o, std::array<double, 2>& sum) {
+      sum[0] += energy(asd + o, sd + o);
+      sum[1] += energy.norm2(asd + o);
+    });
+    // s = 0: x + alpha p solves the system and the stabilising half-step has nothing to do.
+    const double omega = st[1] > 0.0 ? st[0] / st[1] : 0.0;
+    const auto sums = voxelPass<2>(r, [&](std::uint64_t o, std::array<double, 2>& sum) {
+      for (std::uint64_t c = 0; c < nc; ++c) {
+        xd[o + c] += alpha * pd[o + c] + omega * sd[o + c];
+        rd[o + c] = sd[o + c] - omega * asd[o + c];
+      }
+      sum[0] += energy(rd + o, r0d + o);
+      sum[1] += tensor.norm2(xd + o);
+    });
+    if (m.endIteration(n, sums[1])) break;
+    if (omega == 0.0 || rho == 0.0) {
+      m.stalled(false, "the stabilising step vanished");
+      break;
+    }
+    const double beta = (alpha / omega) * sums[0] / rho;
+    rho = sums[0];
+    voxelPass<0>(p, [&](std::uint64_t o, std::array<double, 0>&) {
+      for (std::uint64_t c = 0; c < nc; ++c)
+        apd[o + c] = pd[o + c] = rd[o + c] + beta * (pd[o + c] - omega * apd[o + c]);
+    });
+  }
+}
+
+// MINRES in the three-term form on direction pairs (p, s = A p), s orthogonal in the energy
+// product. Each new pair is scaled to |s| = 1: the products are then of order one, so that the
+// fixed stall threshold is a relative one and s can neither under- nor overflow. The three
+// pairs rotate through their fields instead of being copied.
+void runMINRES(MethodRun& m) {
+  Field& r = m.field("r_k");
+  Field* ps[3] = {&m.field("p_k"), &m.field("p_k_old"), &m.field("p_k_oldest")};
+  Field* ss[3] = {&m.field("s_k"), &m.field("s_k_old"), &m.field("s_k_oldest")};
+  // The pair that plays the oldest one in the first iteration enters only with factor 0:
+  // it must hold numbers, not leftovers of planning.
+  static_cast<FFTImage&>(*ps[1]) = 0.0;
+  static_cast<FFTImage&>(*ss[1]) = 0.0;
+  SystemOperator op = m.systemOperator();
+  m.startCriteria(op.start().fieldNormSquared);
+  const std::uint64_t nc = m.x.nComponents;
+  const FieldProduct& energy = m.energy;
+  const FieldProduct& tensor = m.tensor;
+  double* xd = m.x.data();
+  double* rd = r.data();
+  // r := p := L(b), the residual of x = b, then s := A(p).
+  op.startResidual(*ss[0]);
+  copyValues(r, *ss[0]);
+  copyValues(*ps[0], *ss[0]);
+  op.step(*ss[0]);
+  auto st = op.finish<2>(*ps[0], *ss[0], [&, sd = ss[0]->data()](std::uint64_t o,
+                                                                 std::array<double, 2>& s) {
+    s[0] += energy.norm2(sd + o);
+    s[1] += energy(rd + o, sd + o);
+  });
+  double sigma = st[0];
+  double rho = st[1];
+  if (sigma < kMinresStall) {
+    m.stalled(false, "the start residual vanished");
+    return;
+  }
+  for (int n = 0; n < m.settings.maxIter; ++n) {
+    m.beginIteration(n);
+    const double alpha = rho / sigma;
+    const double scale = 1.0 / std::sqrt(sigma);
+    // Update with the current pair, scale it, and copy its s into the free third field.
+    double* p0 = ps[0]->data();
+    double* s0 = ss[0]->data();
+    double* free = ss[2]->data();
+    const double xx = voxelPass<1>(m.x, [&](std::uint64_t o, std::array<double, 1>& s) {
+      for (std::uint64_t c = 0; c < nc; ++c) {
+        xd[o + c] += alpha * p0[o + c];
+        rd[o + c] -= alpha * s0[o + c];
+        p0[o + c] *= scale;
+        free[o + c] = s0[o + c] *= scale;
+      }
+      s[0] += tensor.norm2(xd + o);
+    })[0];
+    // Roles move on: the scaled pair becomes the old one, the old one the oldest.
+    std::swap(ps[2], ps[1]);
+    std::swap(ps[1], ps[0]);
+    std::swap(ss[2], ss[1]);
+    std::swap(ss[1], ss[0]);
+    if (m.endIteration(n, xx)) break;
+    const bool hasOldest = n >= 1;
+    double* sNew = ss[0]->data();
+    const double* s1 = ss[1]->data();
+    const double* s2 = ss[2]->data();
+    op.step(*ss[0]);
+    const auto dots = op.finish<3>(*ss[1], *ss[0], [&](std::uint64_t o, std::array<double, 3>& s) {
+      s[0] += energy(sNew + o, s1 + o);
+      s[1] += energy(sNew + o, s2 + o);
+      s[2] += energy(s1 + o, s2 + o);
+    });
+    const double beta1 = dots[0];
+    const double beta2 = hasOldest ? dots[1] - beta1 * dots[2] : 0.0;
+    double* pNew = ps[0]->data();
+    const double* p1 = ps[1]->data();
+    const double* p2 = ps[2]->data();
+    st = voxelPass<2>(m.x, [&](std::uint64_t o, std::array<double, 2>& s) {
+      for (std::uint64_t c = 0; c < nc; ++c) {
+        sNew[o + c] -= beta1 * s1[o + c] + beta2 * s2[o + c];
+        pNew[o + c] = s1[o + c] - beta1 * p1[o + c] - beta2 * p2[o + c];
+      }
+      s[0] += energy.norm2(sNew + o);
+      s[1] += energy(rd + o, sNew + o);
+    });
+    sigma = st[0];
+    rho = st[1];
+    if (sigma < kMinresStall) {
+      m.stalled(false, "no new direction");
+      break;
+    }
+  }
+}
+
+// LSQR (Golub-Kahan bidiagonalisation with Givens rotations), the adjoint being A itself in
+// the energy product. Two products per iteration; Auv_k is the field they run in.
+void runLSQR(MethodRun& m) {
+  Field& u = m.field("u_k");
+  Field& v = m.field("v_k");
+  Field& w = m.field("w_k");
+  Field& q = m.field("Auv_k");
+  SystemOperator op = m.systemOperator();
+  m.startCriteria(op.start().fieldNormSquared);
+  op.startResidual(q);
+  const std::uint64_t nc = m.x.nComponents;
+  const FieldProduct& energy = m.energy;
+  const FieldProduct& tensor = m.tensor;
+  double* xd = m.x.data();
+  double* ud = u.data();
+  double* vd = v.data();
+  double* wd = w.data();
+  double* qd = q.data();
+  const double beta0 = std::sqrt(norm2(q, energy));
+  if (beta0 * beta0 < kCGStall) {
+    m.stalled(false, "the start residual vanished");
+    return;
+  }
+  // u := r0 / beta, and into q for the product A u.
+  voxelPass<0>(q, [&](std::uint64_t o, std::array<double, 0>&) {
+    for (std::uint64_t c = 0; c < nc; ++c) qd[o + c] = ud[o + c] = qd[o + c] / beta0;
+  });
+  op.step(q);
+  const double alpha0 = std::sqrt(op.finish<1>(u, q, [&](std::uint64_t o, std::array<double, 1>& s) {
+    s[0] += energy.norm2(qd + o);
+  })[0]);
+  if (alpha0 == 0.0) {
+    m.stalled(false, "the start residual vanished");
+    return;
+  }
+  voxelPass<0>(q, [&](std::uint64_t o, std::array<double, 0>&) {
+    for (std::uint64_t c = 0; c < nc; ++c) qd[o + c] = wd[o + c] = vd[o + c] = qd[o + c] / alpha0;
+  });
+  double alpha = alpha0;
+  double phibar = beta0;
+  double rhobar = alpha0;
+  for (int n = 0; n < m.settings.maxIter; ++n) {
+    m.beginIteration(n);
+    // beta u := A v - alpha u.
+    op.step(q);
+    const auto bu = op.finish<2>(v, q, [&](std::uint64_t o, std::array<double, 2>& s) {
+      for (std::uint64_t c = 0; c < nc; ++c) ud[o + c] = qd[o + c] - alpha * ud[o + c];
+      s[0] += energy.norm2(ud + o);
+      s[1] += energy.norm2(qd + o);
+    });
+    const bool uEnds = bu[0] <= kLsqrBreakdown * bu[1];
+    const double beta = uEnds ? 0.0 : std::sqrt(bu[0]);
+    alpha = 0.0;
+    if (!uEnds) {
+      // alpha v := A u - beta v.
+      voxelPass<0>(q, [&](std::uint64_t o, std::array<double, 0>&) {
+        for (std::uint64_t c = 0; c < nc; ++c) qd[o + c] = ud[o + c] = ud[o + c] / beta;
+      });
+      op.step(q);
+      const auto av = op.finish<2>(u, q, [&](std::uint64_t o, std::array<double, 2>& s) {
+        for (std::uint64_t c = 0; c < nc; ++c) vd[o + c] = qd[o + c] - beta * vd[o + c];
+        s[0] += energy.norm2(vd + o);
+        s[1] += energy.norm2(qd + o);
+      });
+      if (av[0] > kLsqrBreakdown * av[1]) alpha = std::sqrt(av[0]);
+    }
+    // The rotation that eliminates beta from the bidiagonal.
+    const double rho = std::hypot(rhobar, beta);
+    const double cs = rhobar / rho;
+    const double sn = beta / rho;
+    const double theta = sn * alpha;
+    rhobar = -cs * alpha;
+    const double phi = cs * phibar;
+    phibar = sn * phibar;
+    const double step = phi / rho;
+    const double wFactor = theta / rho;
+    const double inverseAlpha = alpha > 0.0 ? 1.0 / alpha : 0.0;
+    const double xx = voxelPass<1>(m.x, [&](std::uint64_t o, std::array<double, 1>& s) {
+      for (std::uint64_t c = 0; c < nc; ++c) {
+        xd[o + c] += step * wd[o + c];
+        qd[o + c] = vd[o + c] = vd[o + c] * inverseAlpha;
+        wd[o + c] = vd[o + c] - wFactor * wd[o + c];
+      }
+      s[0] += tensor.norm2(xd + o);
+    })[0];
+    if (m.endIteration(n, xx)) break;
+    if (alpha == 0.0) {
+      m.stalled(false, "the Krylov space is exhausted");
+      break;
+    }
+  }
+}
+
+using MethodLoop = void (*)(MethodRun&);
+
+const std::map<std::string, MethodLoop>& methodLoops() {
+  static const std::map<std::string, MethodLoop> table = {{"CG", runCG},
+                                                          {"slowCG", runSlowCG},
+                                                          {"BiCGSTAB", runBiCGSTAB},
+                                                          {"MINRES", runMINRES},
+                                                          {"LSQR", runLSQR}};
+  return table;
+}
+
+}  // namespace
+
+void requireMethodAvailable(const std::string& method, bool loadCaseRoutine) {
+  if (method == "NeumannSeries") return;
+  if (!methodLoops().count(method)) fatal("Unknown iterative method " + method);
+  // The symmetric methods rely on a linear, self-adjoint map, which only the load cases of
+  // the effective matrices guarantee.
+  if (!loadCaseRoutine && (method == "MINRES" || method == "LSQR"))
+    fatal("The iterative method " + method +
+          " is only available for the load cases of the effective matrices");
+}
+
+NeumannResult solveWithMethod(const std::string& method, SolverFields& fields,
+                              const StepContext& ctx, const MacroscopicLoad& load,
+                              const MethodOptions& options, const ConvergenceSettings& settings,
+                              SolverCounters& counters, std::ostream& out, std::ostream& err) {
+  requireMethodAvailable(method, options.loadCaseRoutine);
+  Field& x = *fields.deltaE;
+  NeumannResult result;
+  if (method == "NeumannSeries") {
+    result = solveNeumannSeries(x, ctx, load, options, settings, counters, out, err);
+  } else {
+    MethodRun run(method, fields, ctx, load, options, settings, counters, out, err);
+    methodLoops().at(method)(run);
+    result = run.finish();
+  }
+  if (options.calculateResiduum) {
+    // Any work field will do once the solve is over; the Neumann series has its own.
+    Field* scratch = nullptr;
+    for (auto& [name, f] : fields.methodFields)
+      if (f && f.get() != &x) {
+        scratch = f.get();
+        break;
+      }
+    if (!scratch) fatal("input/Solution/CalculateResiduum needs a work field of the solution's shape");
+    if (!scratch->plansCreated)
+      scratch->createPlans(ctx.keywords ? ctx.keywords->plannerFlag() : "Estimate");
+    const double value = relativeResiduum(x, *scratch, stepKindOf(options.routineSet), ctx, load);
+    ++counters.matrixVectorProducts;
+    out << "relative Residuum = " << value << "\n" << std::flush;
+  }
+  return result;
+}
+
+double relativeResiduum(ElasticityHyperelasticityImage& x, ElasticityHyperelasticityImage& scratch,
+                        StepKind kind, const StepContext& ctx, const MacroscopicLoad& load) {
+  // x - T(x) is the equilibrium defect of x in strain units (Gamma0 of the stress
+  // divergence's source), so measured in the field's norm it compares directly with x.
+  copyValues(scratch, x);
+  scratch.isInFourierSpace = false;
+  scratch.step(kind, ctx, load);
+  const FieldProduct tensor = FieldProduct::tensor(x);
+  const std::uint64_t nc = x.nComponents;
+  const double* xd = x.data();
+  const double* td = scratch.data();
+  const auto sums = voxelPass<2>(x, [&](std::uint64_t o, std::array<double, 2>& s) {
+    double d[FieldProduct::kMaxValues];
+    for (std::uint64_t c = 0; c < nc; ++c) d[c] = xd[o + c] - td[o + c];
+    s[0] += tensor.norm2(d);
+    s[1] += tensor.norm2(xd + o);
+  });
+  return sums[1] > 0.0 ? std::sqrt(sums[0] / sums[1]) : std::sqrt(sums[0]);
+}
+
+}  // namespace gridmoor

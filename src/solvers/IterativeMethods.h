@@ -1,0 +1,37 @@
+// The iterative methods of one load step behind one dispatch by method word: the Neumann
+// series, the Krylov methods (CG, BiCGSTAB, MINRES, LSQR) and the Nesterov scheme (slowCG).
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "solvers/LoadStepSolver.h"
+#include "solvers/NeumannSeries.h"
+
+namespace gridmoor {
+
+struct MethodOptions : NeumannOptions {
+  // True for the load cases of the effective matrices: the only routines that offer the
+  // methods for symmetric systems (MINRES, LSQR).
+  bool loadCaseRoutine = false;
+  // Print "relative Residuum = " after the solve (one more step).
+  bool calculateResiduum = false;
+};
+
+// Ends the run with one line unless `method` is a method word the routine set offers.
+void requireMethodAvailable(const std::string& method, bool loadCaseRoutine);
+
+// Solves one load step with `method` on fields.deltaE, using the method's work fields from
+// fields.methodFields (planned here on first use). Every step counts as a matrix-vector
+// product, every loop pass as an iteration.
+NeumannResult solveWithMethod(const std::string& method, SolverFields& fields,
+                              const StepContext& ctx, const MacroscopicLoad& load,
+                              const MethodOptions& options, const ConvergenceSettings& settings,
+                              SolverCounters& counters, std::ostream& out, std::ostream& err);
+
+// The relative equilibrium residual of x, |x - T(x)| / |x| in the field's norm, with T the
+// step of `kind`; `scratch` (a field of x's shape) is overwritten. |x - T(x)| alone when x = 0.
+double relativeResiduum(ElasticityHyperelasticityImage& x, ElasticityHyperelasticityImage& scratch,
+                        StepKind kind, const StepContext& ctx, const MacroscopicLoad& load);
+
+}  // namespace gridmoor
