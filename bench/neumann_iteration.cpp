@@ -2,7 +2,10 @@
 // isotropic linear laws, "Basic" operator) against the transform pair of the same field,
 // and counts iterations to a tolerance of 1e-6. Prints one Markdown table row.
 //
-//   neumann_iteration SIZE THREADS [PLANNER=Estimate]
+//   neumann_iteration SIZE THREADS [PLANNER=Estimate] [MAX_ITERATIONS=10000]
+//
+// With a small MAX_ITERATIONS (large grids) the time per iteration still comes from the
+// iterations made, and the iteration column says where the loop was stopped.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -45,14 +48,15 @@ void addIsotropic(gridmoor::MaterialElasticVector& table, gridmoor::Colour colou
 
 int main(int argc, char** argv) {
   using namespace gridmoor;
-  if (argc < 3 || argc > 4) {
-    std::fprintf(stderr, "usage: %s SIZE THREADS [PLANNER]\n", argv[0]);
+  if (argc < 3 || argc > 5) {
+    std::fprintf(stderr, "usage: %s SIZE THREADS [PLANNER] [MAX_ITERATIONS]\n", argv[0]);
     return 1;
   }
   const auto n = static_cast<std::uint64_t>(std::strtoull(argv[1], nullptr, 10));
   const int threads = std::atoi(argv[2]);
   const std::string planner = argc > 3 ? argv[3] : "Estimate";
-  if (n < 4 || threads < 1) return 1;
+  const int maxIterations = argc > 4 ? std::atoi(argv[4]) : 10000;
+  if (n < 4 || threads < 1 || maxIterations < 1) return 1;
 
   StaticGeometry geometry;
   GeneratorOptions options;
@@ -71,19 +75,22 @@ int main(int argc, char** argv) {
   StrainImage field(settings, n, n, n, "deltaE");
   field.initThreadsAndPlans(threads, planner);
 
-  // The transform pair of this very field, the denominator of the ratio.
-  field.forwardTransform();
-  field.backwardTransform();
+  // The transform pair of this very field, the denominator of the ratio: the two plans
+  // alone, without the normalisation pass: the floor an iteration can reach. The
+  // unnormalised round trips scale the values by N each time, so they start from zeros.
+  static_cast<FFTImage&>(field) = 0.0;
+  fftw_execute(field.forwardPlan);
+  fftw_execute(field.backwardPlan);
   std::vector<double> pairs;
-  for (int i = 0; i < 5; ++i) {
+  for (int i = 0; i < 10; ++i) {
     Timer t;
     t.start();
-    field.forwardTransform();
-    field.backwardTransform();
+    fftw_execute(field.forwardPlan);
+    fftw_execute(field.backwardPlan);
     pairs.push_back(t.seconds());
   }
-  std::sort(pairs.begin(), pairs.end());
-  const double pair = pairs[pairs.size() / 2];
+  // The fastest pair: on a shared machine the others measure the neighbours as well.
+  const double pair = *std::min_element(pairs.begin(), pairs.end());
 
   KeywordsElasticity keywords;
   StepContext ctx;
@@ -95,7 +102,7 @@ int main(int argc, char** argv) {
   ctx.reference = ReferenceConstants::of(0.0, (range.minOfMinima + range.maxOfMaxima) / 4.0);
   ConvergenceSettings convergence;
   convergence.tolerance = 1e-6;
-  convergence.maxIter = 10000;
+  convergence.maxIter = maxIterations;
   SolverCounters counters;
   std::ostringstream lines;
   const MacroscopicLoad load = MacroscopicLoad::strain({0.01, 0, 0, 0, 0, 0});
@@ -109,8 +116,12 @@ int main(int argc, char** argv) {
   const double voxels = static_cast<double>(n * n * n);
   const std::uint64_t peak = peakResidentKB();
   field.destroyPlansAndCleanupThreads();
-  std::printf("| %llu^3 | %d | %.4f | %.4f | %.2f | %d | %.0f |\n",
+  const std::string iterations = r.limitReached
+                                     ? "not run (stopped after " + std::to_string(r.iterations) + ")"
+                                     : std::to_string(r.iterations);
+  std::printf("| %llu^3 | %d | %.4f | %.4f | %.2f | %s | %.0f |\n",
               static_cast<unsigned long long>(n), threads, perIteration, pair,
-              perIteration / pair, r.iterations, static_cast<double>(peak) * 1024.0 / voxels);
-  return r.limitReached ? 2 : 0;
+              perIteration / pair, iterations.c_str(), static_cast<double>(peak) * 1024.0 / voxels);
+  // Only a limit asked for is not a failure.
+  return r.limitReached && argc <= 4 ? 2 : 0;
 }
