@@ -242,12 +242,12 @@ void StrainImage::computeMeanFromSpectrum(const StepContext& ctx, const Macrosco
     for (int c = 0; c < 6; ++c) mean[6 * p + c] = e[c];
 }
 
-void StrainImage::applyGamma0(const StepContext& ctx) {
-  ctx.greenOperator->applyGamma0(*this, ctx.reference);
+double StrainImage::applyGamma0(const StepContext& ctx, const SpectrumPass& pass) {
+  return ctx.greenOperator->applyGamma0(*this, ctx.reference, pass);
 }
 
-void StrainImage::applyPsi0(const StepContext& ctx) {
-  ctx.greenOperator->applyPsi0(*ctx.externalForce, *this, ctx.reference);
+double StrainImage::applyPsi0(const StepContext& ctx, const SpectrumPass& pass) {
+  return ctx.greenOperator->applyPsi0(*ctx.externalForce, *this, ctx.reference, pass);
 }
 
 namespace {
@@ -263,8 +263,12 @@ void StressImage::setInitialCondition(const MacroscopicLoad&, const StepContext&
   stressFormulationMissing();
 }
 double StressImage::getStressNormSquared(const StepContext&) const { stressFormulationMissing(); }
-void StressImage::applyGamma0(const StepContext&) { stressFormulationMissing(); }
-void StressImage::applyPsi0(const StepContext&) { stressFormulationMissing(); }
+double StressImage::applyGamma0(const StepContext&, const SpectrumPass&) {
+  stressFormulationMissing();
+}
+double StressImage::applyPsi0(const StepContext&, const SpectrumPass&) {
+  stressFormulationMissing();
+}
 double StressImage::materialPass(StepKind, const StepContext&, const MacroscopicLoad&, double*) {
   stressFormulationMissing();
 }
