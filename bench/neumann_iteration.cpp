@@ -117,10 +117,10 @@ int main(int argc, char** argv) {
   const std::uint64_t peak = peakResidentKB();
   field.destroyPlansAndCleanupThreads();
   const std::string iterations = r.limitReached
-                                     ? "not run (stopped after " + std::to_string(r.iterations) + ")"
+                                     ? "not measured (stopped after " + std::to_string(r.iterations) + ")"
                                      : std::to_string(r.iterations);
-  std::printf("| %llu^3 | %d | %.4f | %.4f | %.2f | %s | %.0f |\n",
-              static_cast<unsigned long long>(n), threads, perIteration, pair,
+  std::printf("| %llu^3 | %d | %s | %.4f | %.4f | %.2f | %s | %.0f |\n",
+              static_cast<unsigned long long>(n), threads, planner.c_str(), perIteration, pair,
               perIteration / pair, iterations.c_str(), static_cast<double>(peak) * 1024.0 / voxels);
   // Only a limit asked for is not a failure.
   return r.limitReached && argc <= 4 ? 2 : 0;
