@@ -137,56 +137,32 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
 
   double applyGamma0(FFTImage& tensor, const ReferenceConstants& r,
                      const SpectrumPass& pass) const override {
-    checkTensorField(tensor);
-    double* data = tensor.data();
-    return loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-      double* d = data + frequency * 2 * kTensorComponents;
-      ComplexValue tau[kTensorComponents];
-      load(d, kTensorComponents, tau);
+    return tensorLoop(tensor, pass, [&](const FrequencyState& s, ComplexValue* tau) {
       Gamma0OperatorSpecialized<V>(s, r, tau);
-      return storeScaled(tau, kTensorComponents, d, pass);
     });
   }
 
   double applyDelta0(FFTImage& tensor, const ReferenceConstants& r,
                      const SpectrumPass& pass) const override {
-    checkTensorField(tensor);
-    double* data = tensor.data();
-    return loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-      double* d = data + frequency * 2 * kTensorComponents;
-      ComplexValue tau[kTensorComponents];
-      load(d, kTensorComponents, tau);
+    return tensorLoop(tensor, pass, [&](const FrequencyState& s, ComplexValue* tau) {
       Delta0OperatorSpecialized<V>(s, r, tau);
-      return storeScaled(tau, kTensorComponents, d, pass);
     });
   }
 
   double applyPsi0(const FFTImage& force, FFTImage& strain, const ReferenceConstants& r,
                    const SpectrumPass& pass) const override {
-    checkForceField(force, strain);
-    const double* in = force.data();
-    double* out = strain.data();
-    return loop(strain, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-      ComplexValue f[kForceComponents];
-      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
-      ComplexValue e[kTensorComponents] = {};
-      Psi0OperatorSpecialized<V>(s, r, f, e);
-      return addScaled(e, kTensorComponents, out + frequency * 2 * kTensorComponents, pass);
-    });
+    return forceLoop(force, strain, pass,
+                     [&](const FrequencyState& s, const ComplexValue* f, ComplexValue* e) {
+                       Psi0OperatorSpecialized<V>(s, r, f, e);
+                     });
   }
 
   double applyOmega0(const FFTImage& force, FFTImage& stress, const ReferenceConstants& r,
                      const SpectrumPass& pass) const override {
-    checkForceField(force, stress);
-    const double* in = force.data();
-    double* out = stress.data();
-    return loop(stress, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-      ComplexValue f[kForceComponents];
-      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
-      ComplexValue e[kTensorComponents] = {};
-      Omega0OperatorSpecialized<V>(s, r, f, e);
-      return addScaled(e, kTensorComponents, out + frequency * 2 * kTensorComponents, pass);
-    });
+    return forceLoop(force, stress, pass,
+                     [&](const FrequencyState& s, const ComplexValue* f, ComplexValue* e) {
+                       Omega0OperatorSpecialized<V>(s, r, f, e);
+                     });
   }
 
   void applyDivergence(FFTImage& tensor) const override {
@@ -199,6 +175,36 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
   double loop(const FFTImage& field, const Body& body) const {
     return frequencyLoop<V, true>(field, tables_, settings_.mainRule, settings_.hourglassRule,
                                   true, body);
+  }
+
+  // kernel(state, tau) in place on each frequency's tensor, written back scaled.
+  template <class Kernel>
+  double tensorLoop(FFTImage& tensor, const SpectrumPass& pass, const Kernel& kernel) const {
+    checkTensorField(tensor);
+    double* data = tensor.data();
+    return loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+      double* d = data + frequency * 2 * kTensorComponents;
+      ComplexValue tau[kTensorComponents];
+      load(d, kTensorComponents, tau);
+      kernel(s, tau);
+      return storeScaled(tau, kTensorComponents, d, pass);
+    });
+  }
+
+  // kernel(state, force, out) adds to a zeroed tensor, which is added scaled to the field.
+  template <class Kernel>
+  double forceLoop(const FFTImage& force, FFTImage& tensor, const SpectrumPass& pass,
+                   const Kernel& kernel) const {
+    checkForceField(force, tensor);
+    const double* in = force.data();
+    double* out = tensor.data();
+    return loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+      ComplexValue f[kForceComponents];
+      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
+      ComplexValue e[kTensorComponents] = {};
+      kernel(s, f, e);
+      return addScaled(e, kTensorComponents, out + frequency * 2 * kTensorComponents, pass);
+    });
   }
 };
 
