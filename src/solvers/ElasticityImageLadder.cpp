@@ -199,7 +199,7 @@ StepSums ElasticityImage::fixedPointStep(StepKind kind, const StepContext& ctx,
   for (std::uint64_t c = 0; c < nComponents; ++c)
     normWeight[c] = mainRule.weights[c / 6] * w6[c % 6];
   const double n = static_cast<double>(numberOfVoxels());
-  SpectrumPass pass{1.0 / n, normWeight.data()};
+  const SpectrumPass pass{1.0 / n, normWeight.data()};
   double spectrumSquares = 0.0;
   if (ctx.externalForce) {
     // The norm belongs to the sum of both terms: only the second pass measures.
