@@ -30,8 +30,15 @@ IsotropicLinearElasticMaterial::IsotropicLinearElasticMaterial(std::string name,
 void IsotropicLinearElasticMaterial::setLameConstants(double newLambda, double newMu) {
   lambda = newLambda;
   mu = newMu;
-  youngsModulus = mu * (3.0 * lambda + 2.0 * mu) / (lambda + mu);
-  poissonRatio = lambda / (2.0 * (lambda + mu));
+  if (lambda + mu == 0.0) {
+    // Both constants zero: the soft law. The formulas below are 0 / 0 there, and a NaN
+    // modulus would hide the law from every "is it soft" test.
+    youngsModulus = 0.0;
+    poissonRatio = 0.0;
+  } else {
+    youngsModulus = mu * (3.0 * lambda + 2.0 * mu) / (lambda + mu);
+    poissonRatio = lambda / (2.0 * (lambda + mu));
+  }
   cacheValid_ = false;  // the cache was made for the old constants of this law
   updateMatrices();
   updateInverseMatrices();

@@ -21,13 +21,19 @@ constexpr std::size_t kMaxValues = kTensorComponents * IntegrationRule::kMaxPoin
 // over the first axis. Each axis level takes its factors when it is entered, so the work
 // that holds for the inner levels is done once there. `frequency` numbers the local
 // frequencies in memory order: a field with c values per voxel holds that frequency's
-// values from 2 c frequency on.
+// values from 2 c frequency on. The body returns the weighted squared modulus of what it
+// wrote; the loop sums those with the multiplicity of the half spectrum's plane and returns
+// the sum.
 template <GreenOperatorType V, bool Tables, class Body>
-void frequencyLoop(const FFTImage& field, const AxisTables& tables, const IntegrationRule& mainRule,
-                   const IntegrationRule& hourglassRule, bool skipZero, const Body& body) {
+double frequencyLoop(const FFTImage& field, const AxisTables& tables,
+                     const IntegrationRule& mainRule, const IntegrationRule& hourglassRule,
+                     bool skipZero, const Body& body) {
   const Index nSecond = field.nSecond;
   const Index nHalf = field.nThird / 2 + 1;
-#pragma omp parallel
+  // Planes without a conjugate twin in the half spectrum: k = 0 and the Nyquist plane.
+  const Index lastSingle = field.nThird % 2 == 0 ? field.nThird / 2 : 0;
+  double sum = 0.0;
+#pragma omp parallel reduction(+ : sum)
   {
     FrequencyState s;
     s.h = tables.voxelLength();
@@ -37,15 +43,23 @@ void frequencyLoop(const FFTImage& field, const AxisTables& tables, const Integr
       for (Index j = 0; j < nSecond; ++j) {
         enterAxis<V, Tables>(s, 1, tables.at(1, 0, j));
         const Index rowFrequency = ((i - field.firstOffset) * nSecond + j) * nHalf;
+        double single = 0.0;
+        double twinned = 0.0;
         for (Index l = 0; l < nHalf; ++l) {
           if (skipZero && i == 0 && j == 0 && l == 0) continue;
           enterAxis<V, Tables>(s, 2, tables.at(2, 0, l));
           computeGradientVectors<V, Tables>(s, mainRule, hourglassRule);
-          body(s, i, j, l, rowFrequency + l);
+          const double squares = body(s, i, j, l, rowFrequency + l);
+          if (l == 0 || l == lastSingle)
+            single += squares;
+          else
+            twinned += squares;
         }
+        sum += single + 2.0 * twinned;
       }
     }
   }
+  return sum;
 }
 
 GRIDMOOR_HOT inline void load(const double* d, std::size_t count, ComplexValue* values) {
@@ -63,11 +77,36 @@ GRIDMOOR_HOT inline void clear(ComplexValue* values, std::size_t count) {
   for (std::size_t c = 0; c < count; ++c) values[c] = {};
 }
 
-GRIDMOOR_HOT inline void add(const ComplexValue* values, std::size_t count, double* d) {
+// sum_c weight[c] |d_c|^2 over the complex values at d, 0 without weights.
+GRIDMOOR_HOT inline double weightedSquares(const double* d, std::size_t count,
+                                           const double* weights) {
+  if (!weights) return 0.0;
+  double s = 0.0;
+  for (std::size_t c = 0; c < count; ++c)
+    s += weights[c] * (d[2 * c] * d[2 * c] + d[2 * c + 1] * d[2 * c + 1]);
+  return s;
+}
+
+// Writes the operator's result times the pass's scale and measures what it wrote.
+GRIDMOOR_HOT inline double storeScaled(const ComplexValue* values, std::size_t count, double* d,
+                                       const SpectrumPass& pass) {
+  const double f = pass.scale;
   for (std::size_t c = 0; c < count; ++c) {
-    d[2 * c] += values[c].re;
-    d[2 * c + 1] += values[c].im;
+    d[2 * c] = f * values[c].re;
+    d[2 * c + 1] = f * values[c].im;
   }
+  return weightedSquares(d, count, pass.normWeights);
+}
+
+// Adds the force operator's result times the pass's scale and measures the sum.
+GRIDMOOR_HOT inline double addScaled(const ComplexValue* values, std::size_t count, double* d,
+                                     const SpectrumPass& pass) {
+  const double f = pass.scale;
+  for (std::size_t c = 0; c < count; ++c) {
+    d[2 * c] += f * values[c].re;
+    d[2 * c + 1] += f * values[c].im;
+  }
+  return weightedSquares(d, count, pass.normWeights);
 }
 
 // The divergence is the same in both forms: the weighted sum over the main points.
@@ -84,6 +123,7 @@ void divergenceLoop(FFTImage& field, const AxisTables& tables, const Integration
                             ComplexValue force[kMaxValues] = {};
                             getDivergenceInFourierSpace<V>(s, mainRule, tau, force);
                             store(force, values, d);
+                            return 0.0;
                           });
 }
 
@@ -95,56 +135,34 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
                            const std::array<std::uint64_t, 3>& grid)
       : DiscreteGreenOperator(settings, grid, true) {}
 
-  void applyGamma0(FFTImage& tensor, const ReferenceConstants& r) const override {
-    checkTensorField(tensor);
-    double* data = tensor.data();
-    loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-      double* d = data + frequency * 2 * kTensorComponents;
-      ComplexValue tau[kTensorComponents];
-      load(d, kTensorComponents, tau);
+  double applyGamma0(FFTImage& tensor, const ReferenceConstants& r,
+                     const SpectrumPass& pass) const override {
+    return tensorLoop(tensor, pass, [&](const FrequencyState& s, ComplexValue* tau) {
       Gamma0OperatorSpecialized<V>(s, r, tau);
-      store(tau, kTensorComponents, d);
     });
   }
 
-  void applyDelta0(FFTImage& tensor, const ReferenceConstants& r) const override {
-    checkTensorField(tensor);
-    double* data = tensor.data();
-    loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-      double* d = data + frequency * 2 * kTensorComponents;
-      ComplexValue tau[kTensorComponents];
-      load(d, kTensorComponents, tau);
+  double applyDelta0(FFTImage& tensor, const ReferenceConstants& r,
+                     const SpectrumPass& pass) const override {
+    return tensorLoop(tensor, pass, [&](const FrequencyState& s, ComplexValue* tau) {
       Delta0OperatorSpecialized<V>(s, r, tau);
-      store(tau, kTensorComponents, d);
     });
   }
 
-  void applyPsi0(const FFTImage& force, FFTImage& strain,
-                 const ReferenceConstants& r) const override {
-    checkForceField(force, strain);
-    const double* in = force.data();
-    double* out = strain.data();
-    loop(strain, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-      ComplexValue f[kForceComponents];
-      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
-      ComplexValue e[kTensorComponents] = {};
-      Psi0OperatorSpecialized<V>(s, r, f, e);
-      add(e, kTensorComponents, out + frequency * 2 * kTensorComponents);
-    });
+  double applyPsi0(const FFTImage& force, FFTImage& strain, const ReferenceConstants& r,
+                   const SpectrumPass& pass) const override {
+    return forceLoop(force, strain, pass,
+                     [&](const FrequencyState& s, const ComplexValue* f, ComplexValue* e) {
+                       Psi0OperatorSpecialized<V>(s, r, f, e);
+                     });
   }
 
-  void applyOmega0(const FFTImage& force, FFTImage& stress,
-                   const ReferenceConstants& r) const override {
-    checkForceField(force, stress);
-    const double* in = force.data();
-    double* out = stress.data();
-    loop(stress, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
-      ComplexValue f[kForceComponents];
-      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
-      ComplexValue e[kTensorComponents] = {};
-      Omega0OperatorSpecialized<V>(s, r, f, e);
-      add(e, kTensorComponents, out + frequency * 2 * kTensorComponents);
-    });
+  double applyOmega0(const FFTImage& force, FFTImage& stress, const ReferenceConstants& r,
+                     const SpectrumPass& pass) const override {
+    return forceLoop(force, stress, pass,
+                     [&](const FrequencyState& s, const ComplexValue* f, ComplexValue* e) {
+                       Omega0OperatorSpecialized<V>(s, r, f, e);
+                     });
   }
 
   void applyDivergence(FFTImage& tensor) const override {
@@ -154,8 +172,39 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
 
  private:
   template <class Body>
-  void loop(const FFTImage& field, const Body& body) const {
-    frequencyLoop<V, true>(field, tables_, settings_.mainRule, settings_.hourglassRule, true, body);
+  double loop(const FFTImage& field, const Body& body) const {
+    return frequencyLoop<V, true>(field, tables_, settings_.mainRule, settings_.hourglassRule,
+                                  true, body);
+  }
+
+  // kernel(state, tau) in place on each frequency's tensor, written back scaled.
+  template <class Kernel>
+  double tensorLoop(FFTImage& tensor, const SpectrumPass& pass, const Kernel& kernel) const {
+    checkTensorField(tensor);
+    double* data = tensor.data();
+    return loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+      double* d = data + frequency * 2 * kTensorComponents;
+      ComplexValue tau[kTensorComponents];
+      load(d, kTensorComponents, tau);
+      kernel(s, tau);
+      return storeScaled(tau, kTensorComponents, d, pass);
+    });
+  }
+
+  // kernel(state, force, out) adds to a zeroed tensor, which is added scaled to the field.
+  template <class Kernel>
+  double forceLoop(const FFTImage& force, FFTImage& tensor, const SpectrumPass& pass,
+                   const Kernel& kernel) const {
+    checkForceField(force, tensor);
+    const double* in = force.data();
+    double* out = tensor.data();
+    return loop(tensor, [&](const FrequencyState& s, Index, Index, Index, Index frequency) {
+      ComplexValue f[kForceComponents];
+      load(in + frequency * 2 * kForceComponents, kForceComponents, f);
+      ComplexValue e[kTensorComponents] = {};
+      kernel(s, f, e);
+      return addScaled(e, kTensorComponents, out + frequency * 2 * kTensorComponents, pass);
+    });
   }
 };
 
@@ -169,11 +218,12 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
       : DiscreteGreenOperator(settings, grid, false),
         aliasCount_(settings.filter == FilterType::NonConsistent ? kAliasTriples.size() : 1) {}
 
-  void applyGamma0(FFTImage& tensor, const ReferenceConstants& r) const override {
+  double applyGamma0(FFTImage& tensor, const ReferenceConstants& r,
+                     const SpectrumPass& pass) const override {
     checkTensorField(tensor);
     const std::size_t values = valuesPerVoxel();
     double* data = tensor.data();
-    loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
+    return loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
       double* d = data + frequency * 2 * values;
       ComplexValue tau[kMaxValues], result[kMaxValues], alias[kMaxValues];
       load(d, values, tau);
@@ -184,15 +234,16 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
         Gamma0Operator<V>(a, mainRule(), g, tau, alias);
         applyFilter(filter, alias, values, result);
       });
-      store(result, values, d);
+      return storeScaled(result, values, d, pass);
     });
   }
 
-  void applyDelta0(FFTImage& tensor, const ReferenceConstants& r) const override {
+  double applyDelta0(FFTImage& tensor, const ReferenceConstants& r,
+                     const SpectrumPass& pass) const override {
     checkTensorField(tensor);
     const std::size_t values = valuesPerVoxel();
     double* data = tensor.data();
-    loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
+    return loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
       double* d = data + frequency * 2 * values;
       ComplexValue tau[kMaxValues], result[kMaxValues], alias[kMaxValues], work[kMaxValues];
       load(d, values, tau);
@@ -203,28 +254,28 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
         Delta0Operator<V>(a, mainRule(), r, g, tau, work, alias);
         applyFilter(filter, alias, values, result);
       });
-      store(result, values, d);
+      return storeScaled(result, values, d, pass);
     });
   }
 
-  void applyPsi0(const FFTImage& force, FFTImage& strain,
-                 const ReferenceConstants& r) const override {
+  double applyPsi0(const FFTImage& force, FFTImage& strain, const ReferenceConstants& r,
+                   const SpectrumPass& pass) const override {
     checkForceField(force, strain);
-    forceLoop(
+    return forceLoop(
         force, strain,
         [&](const FrequencyState& a, const HermitianMatrix3& g, const ComplexValue* f,
             ComplexValue* out) { Psi0Operator<V>(a, mainRule(), g, f, out); },
-        r);
+        r, pass);
   }
 
-  void applyOmega0(const FFTImage& force, FFTImage& stress,
-                   const ReferenceConstants& r) const override {
+  double applyOmega0(const FFTImage& force, FFTImage& stress, const ReferenceConstants& r,
+                     const SpectrumPass& pass) const override {
     checkForceField(force, stress);
-    forceLoop(
+    return forceLoop(
         force, stress,
         [&](const FrequencyState& a, const HermitianMatrix3& g, const ComplexValue* f,
             ComplexValue* out) { Omega0Operator<V>(a, mainRule(), r, g, f, out); },
-        r);
+        r, pass);
   }
 
   void applyDivergence(FFTImage& tensor) const override {
@@ -237,8 +288,8 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
   const IntegrationRule& hourglassRule() const { return settings_.hourglassRule; }
 
   template <class Body>
-  void loop(const FFTImage& field, const Body& body) const {
-    frequencyLoop<V, false>(field, tables_, mainRule(), hourglassRule(), true, body);
+  double loop(const FFTImage& field, const Body& body) const {
+    return frequencyLoop<V, false>(field, tables_, mainRule(), hourglassRule(), true, body);
   }
 
   // body(state, filter) for the frequency itself and, with the non-consistent filter, for
@@ -260,12 +311,12 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
 
   // The loop of the force operators: reads the force, adds the filtered result.
   template <class Kernel>
-  void forceLoop(const FFTImage& force, FFTImage& tensor, const Kernel& kernel,
-                 const ReferenceConstants& r) const {
+  double forceLoop(const FFTImage& force, FFTImage& tensor, const Kernel& kernel,
+                   const ReferenceConstants& r, const SpectrumPass& pass) const {
     const std::size_t values = valuesPerVoxel();
     const double* in = force.data();
     double* out = tensor.data();
-    loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
+    return loop(tensor, [&](const FrequencyState& s, Index i, Index j, Index l, Index frequency) {
       ComplexValue f[kForceComponents];
       load(in + frequency * 2 * kForceComponents, kForceComponents, f);
       ComplexValue result[kMaxValues], alias[kMaxValues];
@@ -276,7 +327,7 @@ class GeneralGreenOperator final : public DiscreteGreenOperator {
         kernel(a, g, f, alias);
         applyFilter(filter, alias, values, result);
       });
-      add(result, values, out + frequency * 2 * values);
+      return addScaled(result, values, out + frequency * 2 * values, pass);
     });
   }
 

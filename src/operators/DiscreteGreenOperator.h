@@ -39,6 +39,17 @@ struct GreenOperatorSettings {
                                   const std::array<double, 3>& voxelLength = {1.0, 1.0, 1.0});
 };
 
+// What a frequency loop does besides its operator, while it holds each value anyway: scale
+// what it writes (a solver step takes the backward transform's 1/N here and transforms
+// back unnormalised) and sum sum_c weight[c] |value_c|^2 over the half spectrum, the planes
+// k = 0 and (even nThird) k = nThird / 2 once, all others twice for their conjugate twins.
+// The zero frequency is not in the sum: the loops never touch it.
+struct SpectrumPass {
+  double scale = 1.0;
+  // One weight per value of a voxel; null: no norm.
+  const double* normWeights = nullptr;
+};
+
 // All operators work in place on spectra (after the forward transform) with six values per
 // integration point, Voigt order 11, 22, 33, 23, 13, 12; strain-like values carry engineering
 // shear, stress-like values plain shear. Force fields have three values per voxel. The zero
@@ -57,15 +68,37 @@ class DiscreteGreenOperator {
 
   // tau (stress-like) becomes -Gamma0 tau (strain-like): the strain that, with C0 and tau,
   // balances in the discretisation's divergence.
-  virtual void applyGamma0(FFTImage& tensor, const ReferenceConstants& reference) const = 0;
+  void applyGamma0(FFTImage& tensor, const ReferenceConstants& reference) const {
+    applyGamma0(tensor, reference, SpectrumPass{});
+  }
   // tau (strain-like) becomes -(C0 - C0 Gamma0 C0) tau (stress-like).
-  virtual void applyDelta0(FFTImage& tensor, const ReferenceConstants& reference) const = 0;
+  void applyDelta0(FFTImage& tensor, const ReferenceConstants& reference) const {
+    applyDelta0(tensor, reference, SpectrumPass{});
+  }
   // Adds to `strain` the strain whose reference stress has the divergence `force`.
-  virtual void applyPsi0(const FFTImage& force, FFTImage& strain,
-                         const ReferenceConstants& reference) const = 0;
+  void applyPsi0(const FFTImage& force, FFTImage& strain,
+                 const ReferenceConstants& reference) const {
+    applyPsi0(force, strain, reference, SpectrumPass{});
+  }
   // Adds to `stress` the reference stress of that strain.
-  virtual void applyOmega0(const FFTImage& force, FFTImage& stress,
-                           const ReferenceConstants& reference) const = 0;
+  void applyOmega0(const FFTImage& force, FFTImage& stress,
+                   const ReferenceConstants& reference) const {
+    applyOmega0(force, stress, reference, SpectrumPass{});
+  }
+
+  // The same operators with the pass's scale and norm folded into their frequency loop.
+  // Each returns the weighted squared norm of the non-zero frequencies it leaves (0 without
+  // norm weights). The force operators scale their contribution only: the values they add
+  // to stand scaled already when the tensor operator ran with the same pass.
+  virtual double applyGamma0(FFTImage& tensor, const ReferenceConstants& reference,
+                             const SpectrumPass& pass) const = 0;
+  virtual double applyDelta0(FFTImage& tensor, const ReferenceConstants& reference,
+                             const SpectrumPass& pass) const = 0;
+  virtual double applyPsi0(const FFTImage& force, FFTImage& strain,
+                           const ReferenceConstants& reference, const SpectrumPass& pass) const = 0;
+  virtual double applyOmega0(const FFTImage& force, FFTImage& stress,
+                             const ReferenceConstants& reference,
+                             const SpectrumPass& pass) const = 0;
   // Replaces each frequency's tensors by their divergence: the force in the first three
   // values, zeros in all others. The divergence is never filtered: it measures equilibrium
   // in the discretisation itself.

@@ -257,6 +257,16 @@ void FFTImage::backwardTransform() {
   addTransformTime(timer.seconds());
 }
 
+void FFTImage::backwardTransformUnnormalised() {
+  if (!plansCreated) fatal("FFTImage " + getName() + " is transformed before it is planned");
+  Timer timer;
+  timer.start();
+  if (backwardPlan != nullptr) fftw_execute(backwardPlan);
+  if (!outOfPlaceBuffer.empty()) parallelCopy(data(), outOfPlaceBuffer.data(), size());
+  isInFourierSpace = false;
+  addTransformTime(timer.seconds());
+}
+
 void FFTImage::addTransformTime(double seconds) {
   transformSeconds_ += seconds;
   transformMilliseconds = static_cast<std::int32_t>(std::llround(transformSeconds_ * 1000.0));

@@ -96,6 +96,9 @@ class FFTImage : public Image<double> {
   // Backward transform followed by the division of every value, padding included, by the
   // number of voxels, so that it inverts forwardTransform.
   void backwardTransform();
+  // Backward transform without the division: for a spectrum whose last pass has divided it
+  // by the number of voxels already, which saves a pass over the field.
+  void backwardTransformUnnormalised();
 
   std::uint64_t numberOfVoxels() const { return nFirst * nSecond * nThird; }
 

@@ -172,12 +172,19 @@ void ElasticityImage::maskConstrainedComponents(const MacroscopicLoad& load,
     strainPart[c] = (load.stressMask & (1u << c)) ? 0.0 : load.values[c];
 }
 
+// Passes over the field per step. Before the fusion: the voxel loop, the forward
+// transform, the frequency loop, a read of the spectrum for the norm, the backward
+// transform and a pass dividing by N: four passes beside the two transforms. Now the
+// frequency loop also scales by 1 / N and sums the norm, and the backward transform runs
+// unnormalised: two passes (voxel loop, frequency loop) beside the transforms. The field
+// leaves the step normalised, as the Krylov methods' field algebra needs it.
 StepSums ElasticityImage::fixedPointStep(StepKind kind, const StepContext& ctx,
                                          const MacroscopicLoad& load) {
   // Work vectors of a step: a few doubles per point on the stack, nothing on the heap.
   std::array<double, kMaxValuesPerVoxel> regularisationSums{};
   std::array<double, kMaxValuesPerVoxel> meanFromLoad{};
   std::array<double, kMaxValuesPerVoxel> meanFromSpectrum{};
+  std::array<double, kMaxValuesPerVoxel> normWeight{};
   std::array<double, 6> strainPart{};
   stateMark = 0;
   StepSums sums;
@@ -187,48 +194,38 @@ StepSums ElasticityImage::fixedPointStep(StepKind kind, const StepContext& ctx,
   maskConstrainedComponents(load, strainPart.data());
   computeMeanFromSpectrum(ctx, load, strainPart.data(), meanFromSpectrum.data());
   for (std::uint64_t i = 0; i < nComponents; ++i) meanFromSpectrum[i] += meanFromLoad[i];
-  applyGreenOperator(ctx);
-  if (ctx.externalForce) applyExternalForce(ctx);
-  sums.fieldNormSquared = setMeanAndMeasure(meanFromSpectrum.data());
-  backwardTransform();
+
+  const std::array<double, 6> w6 = normWeights();
+  for (std::uint64_t c = 0; c < nComponents; ++c)
+    normWeight[c] = mainRule.weights[c / 6] * w6[c % 6];
+  const double n = static_cast<double>(numberOfVoxels());
+  const SpectrumPass pass{1.0 / n, normWeight.data()};
+  double spectrumSquares = 0.0;
+  if (ctx.externalForce) {
+    // The norm belongs to the sum of both terms: only the second pass measures.
+    applyGreenOperator(ctx, {pass.scale, nullptr});
+    spectrumSquares = applyExternalForce(ctx, pass);
+  } else {
+    spectrumSquares = applyGreenOperator(ctx, pass);
+  }
+  spectrumSquares += setMean(meanFromSpectrum.data(), normWeight.data());
+  // Parseval: the field's sum of squares is the spectrum's over N; the spectrum stands here
+  // divided by N, hence the factor N.
+  sums.fieldNormSquared = spectrumSquares * n;
+  backwardTransformUnnormalised();
   return sums;
 }
 
-double ElasticityImage::setMeanAndMeasure(const double* mean) {
-  const double n = static_cast<double>(numberOfVoxels());
+double ElasticityImage::setMean(const double* mean, const double* normWeights) {
+  // Only the part of the grid holding the first plane holds the zero frequency.
+  if (firstBegin != 0) return 0.0;
+  double squares = 0.0;
   for (std::uint64_t c = 0; c < nComponents; ++c) {
-    realPart(c, 0, 0, 0) = mean[c] * n;
+    realPart(c, 0, 0, 0) = mean[c];
     imagPart(c, 0, 0, 0) = 0.0;
+    squares += normWeights[c] * mean[c] * mean[c];
   }
-  // Parseval over the half spectrum: planes k = 0 and (even n) k = n / 2 stand once, all
-  // others for themselves and their conjugate twins.
-  std::array<double, kMaxValuesPerVoxel> weight{};
-  const std::array<double, 6> w6 = normWeights();
-  for (std::uint64_t c = 0; c < nComponents; ++c)
-    weight[c] = mainRule.weights[c / 6] * w6[c % 6];
-  const std::uint64_t halfPlanes = nThird / 2 + 1;
-  const bool evenThird = nThird % 2 == 0;
-  const std::uint64_t nc = nComponents;
-  const FFTImage& image = *this;
-  double sum = 0.0;
-#pragma omp parallel reduction(+ : sum)
-  {
-    const IndexRange range = image.threadFirstRange();
-    for (std::uint64_t x = range.begin; x < range.end; ++x)
-      for (std::uint64_t y = 0; y < image.nSecond; ++y) {
-        const double* row =
-            image.data() + (x - image.firstOffset) * image.planeStride + y * image.rowStride;
-        for (std::uint64_t k = 0; k < halfPlanes; ++k) {
-          const double multiplicity = (k == 0 || (evenThird && k == nThird / 2)) ? 1.0 : 2.0;
-          const double* v = row + k * nc * 2;
-          double s = 0.0;
-          for (std::uint64_t c = 0; c < nc; ++c)
-            s += weight[c] * (v[2 * c] * v[2 * c] + v[2 * c + 1] * v[2 * c + 1]);
-          sum += multiplicity * s;
-        }
-      }
-  }
-  return sum / n;
+  return squares;
 }
 
 }  // namespace gridmoor

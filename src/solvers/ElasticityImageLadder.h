@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 
+#include "operators/DiscreteGreenOperator.h"
 #include "operators/FFTImage.h"
 #include "operators/IntegrationRule.h"
 #include "solvers/StepContext.h"
@@ -134,14 +135,16 @@ class ElasticityImage : public ElasticityHyperelasticityImage {
   // The mean of the new field at each point, from the load and the spectrum's zero frequency.
   virtual void computeMeanFromSpectrum(const StepContext& ctx, const MacroscopicLoad& load,
                                        const double* strainPart, double* mean) const = 0;
-  virtual void applyGreenOperator(const StepContext& ctx) = 0;
-  virtual void applyExternalForce(const StepContext& ctx) = 0;
+  // The operator and the body-force term on the spectrum, with the pass folded into their
+  // frequency loops; each returns the norm sum of its pass.
+  virtual double applyGreenOperator(const StepContext& ctx, const SpectrumPass& pass) = 0;
+  virtual double applyExternalForce(const StepContext& ctx, const SpectrumPass& pass) = 0;
 
  private:
   StepSums fixedPointStep(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load);
-  // Writes mean * N at the zero frequency and returns the squared norm of the field that the
-  // spectrum stands for (Parseval over the half spectrum).
-  double setMeanAndMeasure(const double* mean);
+  // Writes the mean at the zero frequency of a spectrum already divided by N and returns the
+  // mean's share of the pass's norm sum.
+  double setMean(const double* mean, const double* normWeights);
 };
 
 }  // namespace gridmoor

@@ -37,8 +37,12 @@ void PolarizationEigenstrainImage::computeMeanFromSpectrum(const StepContext&,
                                                            double*) const {
   pairMissing();
 }
-void PolarizationEigenstrainImage::applyGreenOperator(const StepContext&) { pairMissing(); }
-void PolarizationEigenstrainImage::applyExternalForce(const StepContext&) { pairMissing(); }
+double PolarizationEigenstrainImage::applyGreenOperator(const StepContext&, const SpectrumPass&) {
+  pairMissing();
+}
+double PolarizationEigenstrainImage::applyExternalForce(const StepContext&, const SpectrumPass&) {
+  pairMissing();
+}
 
 bool DeformationGradientImage::isOperatorSpecialized(const DiscreteGreenOperator& op) const {
   return op.isSpecialized();

@@ -23,8 +23,8 @@ class PolarizationEigenstrainImage : public ElasticityImage {
                       double* regularisationSums) override;
   void computeMeanFromSpectrum(const StepContext& ctx, const MacroscopicLoad& load,
                                const double* strainPart, double* mean) const override;
-  void applyGreenOperator(const StepContext& ctx) override;
-  void applyExternalForce(const StepContext& ctx) override;
+  double applyGreenOperator(const StepContext& ctx, const SpectrumPass& pass) override;
+  double applyExternalForce(const StepContext& ctx, const SpectrumPass& pass) override;
 };
 
 class PolarizationImage : public PolarizationEigenstrainImage {

@@ -2,8 +2,11 @@
 
 #include <omp.h>
 
+#include <typeinfo>
+
 #include "common/Fatal.h"
 #include "input/KeywordsElasticity.h"
+#include "materials/IsotropicLinearElasticMaterial.h"
 #include "materials/MaterialVector.h"
 #include "solvers/MacroscopicRelation.h"
 #include "voxel/Geometry.h"
@@ -103,6 +106,84 @@ inline void computeStressAt(DiscretizedElasticMaterial& law, StepKind kind, cons
   }
 }
 
+// The three distinct entries of an isotropic stiffness in Voigt form, and of C - C0.
+struct IsotropicEntries {
+  double normal = 0.0;  // C(0, 0)
+  double cross = 0.0;   // C(0, 1)
+  double shear = 0.0;   // C(3, 3), engineering shear
+};
+
+// The entries of each used colour when every used law is exactly the isotropic linear law,
+// else false. Its history and linearized-about-nothing forms are its plain form, so the
+// table serves the linear and the history step alike.
+bool isotropicTableOf(const StepContext& ctx, std::array<IsotropicEntries, 256>& table) {
+  for (Colour c : ctx.geometry->getUsedColors()) {
+    const DiscretizedElasticMaterial* law = ctx.materials->elasticLaw(c);
+    // The exact type: a derived law may answer differently.
+    if (!law || typeid(*law) != typeid(IsotropicLinearElasticMaterial)) return false;
+    const VoigtMatrix& m = static_cast<const IsotropicLinearElasticMaterial*>(law)->cVoigt;
+    table[c] = {m(0, 0), m(0, 1), m(3, 3)};
+  }
+  return true;
+}
+
+// The voxel loop for isotropic linear laws without temperature change or regularisation:
+// sigma and tau = (C - C0) e in the sparse pattern, inline, without a call per point. The
+// general loop below makes the same products through the law's S, one virtual call each.
+double isotropicStrainPass(StrainImage& image, const StepContext& ctx,
+                           const std::array<IsotropicEntries, 256>& laws) {
+  const ColorImage& colours = ctx.geometry->RealVoxelImage;
+  if (colours.getGlobalSizeX() != image.nFirst || colours.sizeY != image.nSecond ||
+      colours.sizeZ != image.nThird)
+    fatal("Field " + image.getName() + " does not match the grid of the geometry");
+  const ReferenceConstants& ref = ctx.reference;
+  // tau's entries: C - C0 with C0 = lambda0 1 x 1 + 2 mu0 I (mu0 on engineering shear).
+  std::array<IsotropicEntries, 256> difference{};
+  for (Colour c : ctx.geometry->getUsedColors())
+    difference[c] = {laws[c].normal - ref.lambda0 - 2.0 * ref.mu0, laws[c].cross - ref.lambda0,
+                     laws[c].shear - ref.mu0};
+  const std::uint64_t points = image.pointsPerVoxel();
+  const double* weights = image.mainRule.weights.data();
+  const std::uint64_t nc = image.nComponents;
+  double* data = image.data();
+  double sum = 0.0;
+#pragma omp parallel reduction(+ : sum)
+  {
+    const IndexRange range = image.threadFirstRange();
+    for (std::uint64_t x = range.begin; x < range.end; ++x)
+      for (std::uint64_t y = 0; y < image.nSecond; ++y) {
+        double* row = data + (x - image.firstOffset) * image.planeStride + y * image.rowStride;
+        const Colour* colourRow = colours.voxelPointer(x, y, 0);
+        for (std::uint64_t z = 0; z < image.nThird; ++z) {
+          const Colour colour = colourRow[z * colours.strideZ];
+          const IsotropicEntries& c = laws[colour];
+          const IsotropicEntries& d = difference[colour];
+          for (std::uint64_t p = 0; p < points; ++p) {
+            double* e = row + z * nc + 6 * p;
+            const double e0 = e[0], e1 = e[1], e2 = e[2], e3 = e[3], e4 = e[4], e5 = e[5];
+            const double trace = e0 + e1 + e2;
+            // sigma_a = C(0,1) tr e + (C(0,0) - C(0,1)) e_a: the law's row products regrouped.
+            const double diagonal = c.normal - c.cross;
+            const double s0 = c.cross * trace + diagonal * e0;
+            const double s1 = c.cross * trace + diagonal * e1;
+            const double s2 = c.cross * trace + diagonal * e2;
+            const double shearSquares = e3 * e3 + e4 * e4 + e5 * e5;
+            sum += weights[p] * (s0 * s0 + s1 * s1 + s2 * s2 +
+                                 2.0 * c.shear * c.shear * shearSquares);
+            const double tauDiagonal = d.normal - d.cross;
+            e[0] = d.cross * trace + tauDiagonal * e0;
+            e[1] = d.cross * trace + tauDiagonal * e1;
+            e[2] = d.cross * trace + tauDiagonal * e2;
+            e[3] = d.shear * e3;
+            e[4] = d.shear * e4;
+            e[5] = d.shear * e5;
+          }
+        }
+      }
+  }
+  return sum;
+}
+
 template <bool Thermal>
 double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
                   const MacroscopicLoad& load, double* regularisationSums) {
@@ -111,6 +192,13 @@ double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
   if (kind == StepKind::Linearized && !ctx.totalField)
     fatal("A linearized step needs the total field");
   const bool tikhonov = ctx.tikhonovAlpha != 0.0;
+  if (!Thermal && !tikhonov && kind != StepKind::Linearized) {
+    std::array<IsotropicEntries, 256> isotropic{};
+    if (isotropicTableOf(ctx, isotropic)) {
+      for (std::uint64_t i = 0; i < image.nComponents; ++i) regularisationSums[i] = 0.0;
+      return isotropicStrainPass(image, ctx, isotropic);
+    }
+  }
   std::array<bool, 256> regularised{};
   if (tikhonov)
     for (Colour c : ctx.materials->colorsWithoutInfiniteContrast(*ctx.geometry)) regularised[c] = true;
@@ -242,12 +330,12 @@ void StrainImage::computeMeanFromSpectrum(const StepContext& ctx, const Macrosco
     for (int c = 0; c < 6; ++c) mean[6 * p + c] = e[c];
 }
 
-void StrainImage::applyGamma0(const StepContext& ctx) {
-  ctx.greenOperator->applyGamma0(*this, ctx.reference);
+double StrainImage::applyGamma0(const StepContext& ctx, const SpectrumPass& pass) {
+  return ctx.greenOperator->applyGamma0(*this, ctx.reference, pass);
 }
 
-void StrainImage::applyPsi0(const StepContext& ctx) {
-  ctx.greenOperator->applyPsi0(*ctx.externalForce, *this, ctx.reference);
+double StrainImage::applyPsi0(const StepContext& ctx, const SpectrumPass& pass) {
+  return ctx.greenOperator->applyPsi0(*ctx.externalForce, *this, ctx.reference, pass);
 }
 
 namespace {
@@ -263,8 +351,12 @@ void StressImage::setInitialCondition(const MacroscopicLoad&, const StepContext&
   stressFormulationMissing();
 }
 double StressImage::getStressNormSquared(const StepContext&) const { stressFormulationMissing(); }
-void StressImage::applyGamma0(const StepContext&) { stressFormulationMissing(); }
-void StressImage::applyPsi0(const StepContext&) { stressFormulationMissing(); }
+double StressImage::applyGamma0(const StepContext&, const SpectrumPass&) {
+  stressFormulationMissing();
+}
+double StressImage::applyPsi0(const StepContext&, const SpectrumPass&) {
+  stressFormulationMissing();
+}
 double StressImage::materialPass(StepKind, const StepContext&, const MacroscopicLoad&, double*) {
   stressFormulationMissing();
 }

@@ -20,12 +20,16 @@ class StrainStressImage : public ElasticityImage {
       : StrainStressImage(settings.mainRule, settings.hourglassRule, n0, n1, n2, name) {}
 
   // The Green operator of the formulation on the spectrum, and the body-force term.
-  virtual void applyGamma0(const StepContext& ctx) = 0;
-  virtual void applyPsi0(const StepContext& ctx) = 0;
+  virtual double applyGamma0(const StepContext& ctx, const SpectrumPass& pass) = 0;
+  virtual double applyPsi0(const StepContext& ctx, const SpectrumPass& pass) = 0;
 
  protected:
-  void applyGreenOperator(const StepContext& ctx) override { applyGamma0(ctx); }
-  void applyExternalForce(const StepContext& ctx) override { applyPsi0(ctx); }
+  double applyGreenOperator(const StepContext& ctx, const SpectrumPass& pass) override {
+    return applyGamma0(ctx, pass);
+  }
+  double applyExternalForce(const StepContext& ctx, const SpectrumPass& pass) override {
+    return applyPsi0(ctx, pass);
+  }
 };
 
 // Primary field: the strain, engineering shear. The step maps e to E - Gamma0 (sigma(e) - C0 e).
@@ -38,8 +42,8 @@ class StrainImage : public StrainStressImage {
   double getStressNormSquared(const StepContext& ctx) const override;
   std::array<double, 6> normWeights() const override { return {1, 1, 1, 0.5, 0.5, 0.5}; }
   std::array<double, 6> dualNormWeights() const override { return {1, 1, 1, 2, 2, 2}; }
-  void applyGamma0(const StepContext& ctx) override;
-  void applyPsi0(const StepContext& ctx) override;
+  double applyGamma0(const StepContext& ctx, const SpectrumPass& pass) override;
+  double applyPsi0(const StepContext& ctx, const SpectrumPass& pass) override;
 
  protected:
   double materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
@@ -61,8 +65,8 @@ class StressImage : public StrainStressImage {
   double getStressNormSquared(const StepContext& ctx) const override;
   std::array<double, 6> normWeights() const override { return {1, 1, 1, 2, 2, 2}; }
   std::array<double, 6> dualNormWeights() const override { return {1, 1, 1, 0.5, 0.5, 0.5}; }
-  void applyGamma0(const StepContext& ctx) override;
-  void applyPsi0(const StepContext& ctx) override;
+  double applyGamma0(const StepContext& ctx, const SpectrumPass& pass) override;
+  double applyPsi0(const StepContext& ctx, const SpectrumPass& pass) override;
 
  protected:
   double materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,

@@ -128,6 +128,12 @@ TEST(FFTImageRoundTripPlanning, MeasuredAndOutOfPlacePlansAgreeWithEstimated) {
   outOfPlace.backwardTransform();
   EXPECT_LT(maxVoxelDifference(measured, original), 1e-13);
   EXPECT_LT(maxVoxelDifference(outOfPlace, original), 1e-13);
+  // Without its division the backward transform still copies back from the buffer.
+  outOfPlace.forwardTransform();
+  outOfPlace *= 1.0 / static_cast<double>(outOfPlace.numberOfVoxels());
+  outOfPlace.backwardTransformUnnormalised();
+  EXPECT_FALSE(outOfPlace.isInFourierSpace);
+  EXPECT_LT(maxVoxelDifference(outOfPlace, original), 1e-13);
 }
 
 // Checks every stored spectrum value against a sparse map of the expected non-zero ones.

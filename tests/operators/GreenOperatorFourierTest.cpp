@@ -81,6 +81,70 @@ INSTANTIATE_TEST_SUITE_P(GreenOperator, GreenOperatorRealField,
                                   (info.param.grid[0] % 2 == 0 ? "Even" : "Odd");
                          });
 
+// A solver step folds the 1 / N of the backward transform and the squared norm of the new
+// field into the operator's loop. Against the separate passes: the same field after an
+// unnormalised backward transform, and N times the returned sum equal to the weighted sum
+// of squares over the voxels (Parseval over the half spectrum, twin planes counted twice).
+// The general form is taken as well where the closed form exists.
+TEST_P(GreenOperatorRealField, ScaleAndNormFoldIntoTheLoop) {
+  const Grid& g = GetParam().grid;
+  const double n = static_cast<double>(g[0] * g[1] * g[2]);
+  for (bool specialize : {true, false}) {
+    const char* form = specialize ? " specialised" : " general";
+    const auto op = DiscreteGreenOperator::create(
+        GreenOperatorSettings::of(GetParam().discretisation, FilterType::None, specialize, kVoxel),
+        g);
+    FFTImage separate(op->valuesPerVoxel(), g[0], g[1], g[2], "separate");
+    FFTImage folded(op->valuesPerVoxel(), g[0], g[1], g[2], "folded");
+    FFTImage force(3, g[0], g[1], g[2], "force");
+    for (FFTImage* f : {&separate, &folded, &force}) f->createPlans("Estimate");
+    fillRandom(separate, 43);
+    fillRandom(force, 44);
+    folded = separate;
+    for (FFTImage* f : {&separate, &folded, &force}) f->forwardTransform();
+    std::vector<double> weights(op->valuesPerVoxel());
+    for (std::size_t c = 0; c < weights.size(); ++c)
+      weights[c] = 0.5 + 0.25 * static_cast<double>(c % 5);
+    const SpectrumPass pass{1.0 / n, weights.data()};
+
+    for (const char* which : {"Gamma0", "Psi0"}) {
+      // The force term adds to the tensor term, which the first round left scaled in
+      // `folded` and unscaled in `separate`.
+      const bool withForce = which[0] == 'P';
+      double sum = 0.0;
+      if (!withForce) {
+        op->applyGamma0(separate, kReference);
+        sum = op->applyGamma0(folded, kReference, pass);
+      } else {
+        op->applyPsi0(force, separate, kReference);
+        sum = op->applyPsi0(force, folded, kReference, pass);
+      }
+      auto keptSeparate = copyOf(separate);
+      auto keptFolded = copyOf(folded);
+      // The loops leave the zero frequency alone; here it is cleared on both.
+      for (Index c = 0; c < separate.nComponents; ++c)
+        for (FFTImage* f : {&separate, &folded}) f->realPart(c, 0, 0, 0) = f->imagPart(c, 0, 0, 0) = 0.0;
+      separate.backwardTransform();
+      folded.backwardTransformUnnormalised();
+      double squares = 0.0, difference = 0.0;
+      for (Index i = 0; i < g[0]; ++i)
+        for (Index j = 0; j < g[1]; ++j)
+          for (Index k = 0; k < g[2]; ++k)
+            for (Index c = 0; c < separate.nComponents; ++c) {
+              const double v = separate[separate.elementIndex(c, i, j, k)];
+              squares += weights[c] * v * v;
+              difference =
+                  std::max(difference, std::abs(v - folded[folded.elementIndex(c, i, j, k)]));
+            }
+      EXPECT_LT(difference, 1e-12) << which << form;
+      EXPECT_GT(squares, 0.0);
+      EXPECT_NEAR(sum * n, squares, 1e-11 * squares) << which << form;
+      separate = *keptSeparate;
+      folded = *keptFolded;
+    }
+  }
+}
+
 // The divergence of a real stress field through the spectrum against the stencils on the
 // grid: forward (u[x + 1] - u[x]) / h, backward (u[x] - u[x - 1]) / h, central; the staggered
 // grid differentiates normal stresses forward and shear stresses backward.

@@ -103,8 +103,10 @@ TEST_F(IterativeMethodsSphere, EveryMethodReachesTheNeumannStiffness) {
     ASSERT_FALSE(neumann.result.limitReached);
     for (const char* method : {"CG", "slowCG", "BiCGSTAB", "MINRES", "LSQR"})
       for (bool keepB : {false, true}) {
-        // The criterion watches the change of |x|, which lags the error of x itself.
-        const Outcome o = solveWith(problem, method, load, 1e-10, keepB);
+        // The criterion watches the change of |x|, which lags the error of x itself; most of
+        // all in LSQR, whose iterate creeps along where its residual plateaus.
+        const double tolerance = std::string(method) == "LSQR" ? 1e-12 : 1e-10;
+        const Outcome o = solveWith(problem, method, load, tolerance, keepB);
         SCOPED_TRACE(std::string(method) + (keepB ? " with e0" : " without e0"));
         EXPECT_FALSE(o.result.limitReached);
         EXPECT_LT(relativeDistance(o.meanStress, neumann.meanStress), 1e-6);
