@@ -58,11 +58,18 @@ class RunSequence {
   void printMemoryEstimate();
   void makePlans();
   void runSteps();
+  void closeLastStep(int step);
   void selectReference(int step);
   void extrapolate(int step);
+  StepContext outputContext(int step) const;
   void writeStepOutput(int step);
-  void writeFields(int step, const FFTImage& strain, const FFTImage& stress);
-  void writeAveragesOfStep(int step, const FFTImage& strain, const FFTImage& stress);
+  // The field file `fileName` (.vti, or .vtk for the legacy format) of the colours, `field`
+  // and its dual field.
+  void writeFields(const std::string& fileName, const ElasticityHyperelasticityImage& field,
+                   const FFTImage& dual);
+  // dual: the dual field, or null when neither the averages nor the surface forces are due.
+  void writeAveragesOfStep(int step, const ElasticityHyperelasticityImage& field,
+                           const FFTImage* dual);
   void homogenize(int step);
   void writeEffectiveMatrices(int step, const std::array<LoadCaseRecord, 7>& records);
   void writeBounds(int step);

@@ -112,8 +112,11 @@ void RunSequence::homogenize(int step) {
     // The thermal case takes no part in the energy products.
     const unsigned earlier = c < kThermalLoadCase ? mask & ((1u << c) - 1u) : 0u;
     records[c] = responses.record(c, earlier, field, stress);
-    responses.markFinished(c);
     timers_.temporaryFiles.stop();
+    // The cases of a single loaded step write their fields too, under the case's suffix.
+    if (kw.writeVtkOutput() && kw.numberOfSteps() == 1 && !kw.isZeroLoad())
+      writeFields(insertBeforeExtension(fieldFileName(step), loadCaseSuffix(c)), field, stress);
+    responses.markFinished(c);
   }
 
   timers_.temporaryFiles.start();

@@ -13,16 +13,13 @@
 #include "driver/RunSequence.h"
 #include "formats/DataWriter.h"
 #include "formats/RestartFiles.h"
-#include "formats/VtiWriter.h"
-#include "formats/VtkWriter.h"
 #include "input/KeyWordsLattora.h"
 #include "materials/IsotropicLinearElasticMaterial.h"
 #include "materials/MaterialVector.h"
 #include "operators/FFTImage.h"
 #include "operators/ReferenceMaterial.h"
-#include "postprocessing/ColourAverages.h"
+#include "postprocessing/InternalVariableAverages.h"
 #include "postprocessing/ResultFile.h"
-#include "postprocessing/SurfaceForces.h"
 #include "solvers/IterativeMethods.h"
 #include "solvers/LoadStepSolver.h"
 #include "voxel/DebugAllocator.h"
@@ -30,17 +27,13 @@
 
 namespace gridmoor {
 
-namespace {
-
-bool endsWith(const std::string& text, const std::string& suffix) {
-  return text.size() >= suffix.size() &&
-         text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
-}
-
-}  // namespace
-
 void RunSequence::decideSolve() {
   KeyWordsLattora& kw = *keywords_;
+  // Laws with rate-dependent state learn the time grid's first step before any solve.
+  timers_.eigenstrain.start();
+  materials_->setStepNumber(*geometry_, 0);
+  materials_->setStepLength(*geometry_, kw.stepLength(0));
+  timers_.eigenstrain.stop();
   timers_.thermal.start();
   needsThermal_ = materials_->anyHasThermalExpansion(*geometry_) && !kw.isZeroThermalLoad();
   timers_.thermal.stop();
@@ -59,6 +52,9 @@ void RunSequence::decideSolve() {
   switchToVariationalScheme(kw, *materials_, *geometry_);
   runsSolver_ = kw.numberOfSteps() >= 2 || !kw.isZeroLoad() || needsThermal_ ||
                 kw.numberOfLoadCases() > 0 || kw.externalForce();
+  // Before the solve, not after it: the run would otherwise end only once its fields are due.
+  if (runsSolver_ && kw.writeDasOutput() && !estimateOnly_)
+    stopAtMissingStep("the DAS field output (.das files, output/WriteDasFile)");
   // A run that solves nothing keeps its memory free: its fields are empty shells.
   if (!runsSolver_) gridSize_ = {0, 0, 0};
 }
@@ -99,6 +95,7 @@ void RunSequence::runSteps() {
   for (int i = firstStep_; i < steps; ++i) {
     counters_.matrixVectorProducts = 0;
     kw.printStepHeader(i);
+    closeLastStep(i);
     selectReference(i);
     extrapolate(i);
     if (!kw.isZeroLoad() || needsThermal_) {
@@ -114,7 +111,23 @@ void RunSequence::runSteps() {
     homogenize(i);
     writeBounds(i);
     finishLoadCases();
+    // The main bar moves with the steps; a single step's bar follows its iterations.
+    if (steps > 1) progress(mainProgress(i + 1, steps));
   }
+}
+
+// The material side of a new step: the last step's state becomes the old one (a run with
+// effective matrices does that before its load cases), and the laws learn the step.
+void RunSequence::closeLastStep(int step) {
+  const KeyWordsLattora& kw = *keywords_;
+  if (step > firstStep_ && !kw.writeEffectiveMatrix()) {
+    timers_.internalVariables.start();
+    fields_->E->updateInternalVariables(outputContext(step));
+    timers_.internalVariables.stop();
+  }
+  // The laws take one temperature change per call, that of the step's end, from the solve.
+  materials_->setStepNumber(*geometry_, step);
+  materials_->setStepLength(*geometry_, kw.stepLength(step));
 }
 
 void RunSequence::selectReference(int step) {
@@ -126,87 +139,94 @@ void RunSequence::selectReference(int step) {
   timers_.referenceMaterial.stop();
 }
 
-// The start field of a step: the last solution moved by the change of a prescribed strain.
-// Stress-controlled components find their mean in the iteration itself.
 void RunSequence::extrapolate(int step) {
-  if (step == 0) return;
+  if (!runsSolver_) return;
+  extrapolateStartField(*fields_->E, *fields_->E_old, *keywords_, step, firstStep_,
+                        pathIndependent_);
+}
+
+// What evaluates the solution of a step after its solve: its temperature change and, for
+// laws with history, the last converged state.
+StepContext RunSequence::outputContext(int step) const {
   const KeyWordsLattora& kw = *keywords_;
-  if (!macroscopicLoadOf(kw, kw.timeOfStep(step + 1)).isPureStrain()) return;
-  if (fields_->E_old != fields_->E) *fields_->E_old = *fields_->E;
-  std::vector<double> increment;
-  kw.macroscopicLoadIncrement(step, increment);
-  fields_->E->addConstantToPoints(increment.data());
+  StepContext ctx;
+  ctx.keywords = &kw;
+  ctx.materials = materials_.get();
+  ctx.geometry = geometry_.get();
+  ctx.temperatureChange = kw.temperatureChangeAt(kw.timeOfStep(step + 1));
+  if (solver_ && solver_->routineSet() == RoutineSet::Fixed) ctx.oldField = fields_->E_old.get();
+  return ctx;
 }
 
 void RunSequence::writeStepOutput(int step) {
   const KeyWordsLattora& kw = *keywords_;
-  FFTImage& strain = *fields_->E;
-  // The dual field is computed into a scratch field of the same layout, only when needed.
-  std::unique_ptr<FFTImage> stress;
   // A run that solved nothing holds empty shells: there is no field to write or average.
   if (!runsSolver_) return;
+  const ElasticityHyperelasticityImage& field = *fields_->E;
+  // The dual field is computed into a scratch field of the same layout, only when needed.
+  std::unique_ptr<FFTImage> dual;
   if (kw.writeVtkOutput() || kw.averageStrainStress() || kw.averageSurfaceForces()) {
-    stress = std::make_unique<FFTImage>(strain.nComponents, strain.nFirst, strain.nSecond,
-                                        strain.nThird, "Stress");
-    StepContext ctx;
-    ctx.keywords = &kw;
-    ctx.materials = materials_.get();
-    ctx.geometry = geometry_.get();
-    fields_->E->computeStress(*stress, ctx);
+    dual = std::make_unique<FFTImage>(field.nComponents, field.nFirst, field.nSecond,
+                                      field.nThird, field.getDualFieldName());
+    field.computeStress(*dual, outputContext(step));
   }
   // Every file of the step is closed before the lock goes: a run stopped after that point
   // leaves complete files that a restart may go on from.
   createOutputLock(outputDirectory_);
-  if (kw.writeVtkOutput()) writeFields(step, strain, *stress);
-  if (kw.averageStrainStress() || kw.averageSurfaceForces())
-    writeAveragesOfStep(step, strain, *stress);
+  if (kw.writeVtkOutput()) writeFields(fieldFileName(step), field, *dual);
+  writeAveragesOfStep(step, field, dual.get());
   saveRestartState(step);
   removeOutputLock(outputDirectory_);
 }
 
-void RunSequence::writeFields(int step, const FFTImage& strain, const FFTImage& stress) {
+void RunSequence::writeFields(const std::string& fileName, const ElasticityHyperelasticityImage& field,
+                              const FFTImage& dual) {
   timers_.outputVtk.start();
   const KeyWordsLattora& kw = *keywords_;
-  const std::string name = stepFileName(kw, solutionFileName(kw, outputDirectory_), step);
-  const std::array<std::int64_t, 6> extent = {0, static_cast<std::int64_t>(gridSize_[0]),
-                                              0, static_cast<std::int64_t>(gridSize_[1]),
-                                              0, static_cast<std::int64_t>(gridSize_[2])};
-  const std::array<double, 3> spacing = {geometry_->getResolutionX(), geometry_->getResolutionY(),
-                                         geometry_->getResolutionZ()};
-  std::unique_ptr<DataWriter> writer;
-  if (endsWith(name, ".vtk"))
-    writer = std::make_unique<VtkWriter>(name, extent, spacing, std::array<double, 3>{0, 0, 0});
-  else
-    writer = std::make_unique<VtiWriter>(name, extent, spacing, std::array<double, 3>{0, 0, 0},
-                                         kw.compressFiles());
-  const std::vector<std::uint32_t> voigt = {0, 1, 2, 3, 4, 5};
-  writer->addImageField("Materials", geometry_->RealVoxelImage, {0}, DataWriter::UInt8);
-  writer->addImageField(fields_->E->getPrimaryFieldName(), strain, voigt, DataWriter::Float);
-  writer->addImageField(fields_->E->getDualFieldName(), stress, voigt, DataWriter::Float, kw.eModulUnit());
-  writer->write();
+  const ColorImage& colours = geometry_->RealVoxelImage;
+  // The fields lie where the colour source put its grid: a .vti geometry keeps its extent.
+  const std::array<std::uint64_t, 3> begin = {colours.extentBeginX, colours.extentBeginY,
+                                              colours.extentBeginZ};
+  std::array<std::int64_t, 6> extent{};
+  for (int axis = 0; axis < 3; ++axis) {
+    extent[2 * axis] = static_cast<std::int64_t>(begin[axis]);
+    extent[2 * axis + 1] = static_cast<std::int64_t>(begin[axis] + gridSize_[axis]);
+  }
+  saveVtkOrVti(fileName, extent, kw.compressFiles(), [&](DataWriter& writer) {
+    colours.addMaterialsToFile(writer);
+    // A restart reads the solution back from these files: a run that stores its states
+    // writes every component, whatever the component lists say.
+    field.addStrainStressToFile(writer, dual, kw, savesStates_);
+  });
   timers_.outputVtk.stop();
 }
 
-void RunSequence::writeAveragesOfStep(int step, const FFTImage& strain, const FFTImage& stress) {
-  timers_.averagingStrainStress.start();
+// The result file's lines of the step before its effective matrices; the file is written
+// only when one of them is asked for.
+void RunSequence::writeAveragesOfStep(int step, const ElasticityHyperelasticityImage& field,
+                                      const FFTImage* dual) {
   const KeyWordsLattora& kw = *keywords_;
-  const ColorImage& colours = geometry_->RealVoxelImage;
-  const ColourMeans e = averageOverColours(strain.data(), 6, strain.rowStride, colours);
-  const ColourMeans s = averageOverColours(stress.data(), 6, stress.rowStride, colours);
-  ResultAverages averages;
-  std::copy_n(e.overall.begin(), 6, averages.overall.strain.begin());
-  std::copy_n(s.overall.begin(), 6, averages.overall.stress.begin());
-  for (size_t c = 0; c < e.colours.size(); ++c) {
-    MaterialAverages m;
-    m.colour = e.colours[c];
-    m.volumeFraction = e.volumeFractions[c];
-    std::copy_n(e.byColour[c].begin(), 6, m.values.strain.begin());
-    std::copy_n(s.byColour[c].begin(), 6, m.values.stress.begin());
-    averages.materials.push_back(m);
-  }
+  const bool costs = kw.writeNumberOfMatrixVectorProductsAndNewtonRaphsonSteps();
+  if (!kw.averageInternalVariables() && !kw.minMaxInternalVariables() &&
+      !kw.averageStrainStress() && !kw.averageSurfaceForces() && !costs)
+    return;
   std::ofstream out = openResultFile(kw, outputDirectory_, step);
-  writeAverages(out, kw, averages);
-  writeSurfaceForces(out, kw, computeSurfaceForces(stress.data(), stress.rowStride, gridSize_));
+  const std::string formulation = kw.problemFormulation();
+  if (kw.averageInternalVariables()) {
+    timers_.averagingInternalVariables.start();
+    writeInternalVariableAverages(out, *materials_, *geometry_, formulation);
+    timers_.averagingInternalVariables.stop();
+  }
+  if (kw.minMaxInternalVariables()) {
+    timers_.minMaxInternalVariables.start();
+    writeInternalVariableMinMax(out, *materials_, *geometry_, formulation);
+    timers_.minMaxInternalVariables.stop();
+  }
+  timers_.averagingStrainStress.start();
+  const StepContext ctx = outputContext(step);
+  if (kw.averageStrainStress()) writeAverages(out, kw, field.computeAverages(*dual, ctx));
+  if (kw.averageSurfaceForces())
+    writeSurfaceForces(out, kw, field.computeSurfaceForces(*dual, ctx));
   writeComputationalCosts(out, kw, counters_.matrixVectorProducts, 0);
   timers_.averagingStrainStress.stop();
 }

@@ -5,11 +5,15 @@
 #include <charconv>
 #include <cstring>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
 #include "common/Fatal.h"
+#include "common/FileNames.h"
 #include "formats/ElementConversion.h"
+#include "formats/VtiWriter.h"
+#include "formats/VtkWriter.h"
 
 namespace gridmoor {
 
@@ -39,6 +43,18 @@ void fillFromImage(const Image<T>& image, const std::vector<std::uint32_t>& comp
 }
 
 template <class T>
+void requireCovered(const std::string& name, const Image<T>& image, const VoxelBox& box) {
+  // The image holds the planes [xOffset, xOffset + stored planes); a box outside them is a
+  // mismatch of the caller's slab and the writer's grid.
+  const std::uint64_t planes = image.strideX == 0 ? 0 : image.size() / image.strideX;
+  if (box.begin[0] < image.xOffset || box.end[0] > image.xOffset + planes ||
+      box.end[1] > image.sizeY || box.end[2] > image.sizeZ)
+    fatal("DataWriter: the field " + name + " does not cover the written grid: it holds " +
+          std::to_string(planes) + " x " + std::to_string(image.sizeY) + " x " +
+          std::to_string(image.sizeZ) + " voxels from x = " + std::to_string(image.xOffset));
+}
+
+template <class T>
 DataWriter::ValueFiller imageFiller(const std::string& name, const Image<T>& image,
                                     std::vector<std::uint32_t> components, int dataType) {
   for (const std::uint32_t c : components)
@@ -48,14 +64,7 @@ DataWriter::ValueFiller imageFiller(const std::string& name, const Image<T>& ima
             " components");
   return [&image, name, components = std::move(components), dataType](const VoxelBox& box,
                                                                      char* buffer) {
-    // The image holds the planes [xOffset, xOffset + stored planes); a box outside them is
-    // a mismatch of the caller's slab and the writer's grid.
-    const std::uint64_t planes = image.strideX == 0 ? 0 : image.size() / image.strideX;
-    if (box.begin[0] < image.xOffset || box.end[0] > image.xOffset + planes ||
-        box.end[1] > image.sizeY || box.end[2] > image.sizeZ)
-      fatal("DataWriter: the field " + name + " does not cover the written grid: it holds " +
-            std::to_string(planes) + " x " + std::to_string(image.sizeY) + " x " +
-            std::to_string(image.sizeZ) + " voxels from x = " + std::to_string(image.xOffset));
+    requireCovered(name, image, box);
     switch (dataType) {
       case DataWriter::UInt8:
         fillFromImage(image, components, box, reinterpret_cast<unsigned char*>(buffer));
@@ -68,6 +77,31 @@ DataWriter::ValueFiller imageFiller(const std::string& name, const Image<T>& ima
         break;
     }
   };
+}
+
+// Like fillFromImage, each voxel the weighted mean of its points.
+template <class Out>
+void fillPointMeans(const Image<double>& image, std::uint64_t width,
+                    const std::vector<double>& weights,
+                    const std::vector<std::uint32_t>& components, const VoxelBox& box, Out* out) {
+  const std::size_t nc = components.size();
+  const std::uint64_t nx = box.size(0), ny = box.size(1);
+  const std::uint64_t zStride = nx * ny * nc;
+  for (std::uint64_t x = box.begin[0]; x < box.end[0]; ++x)
+    for (std::uint64_t y = box.begin[1]; y < box.end[1]; ++y) {
+      const double* voxel = image.voxelPointer(x, y, box.begin[2]);
+      Out* target = out + ((y - box.begin[1]) * nx + (x - box.begin[0])) * nc;
+      for (std::uint64_t z = box.begin[2]; z < box.end[2]; ++z) {
+        for (std::size_t c = 0; c < nc; ++c) {
+          double mean = 0.0;
+          for (std::size_t p = 0; p < weights.size(); ++p)
+            mean += weights[p] * voxel[p * width + components[c]];
+          target[c] = convertElement<Out>(mean);
+        }
+        voxel += image.strideZ;
+        target += zStride;
+      }
+    }
 }
 
 void swapElements(char* data, std::uint64_t bytes, std::uint32_t elementBytes) {
@@ -178,6 +212,39 @@ void DataWriter::addImageField(const std::string& name, const Image<double>& ima
                                components, dataType, units, description});
 }
 
+void DataWriter::addPointMeanField(const std::string& name, const Image<double>& image,
+                                   std::uint64_t componentsPerPoint,
+                                   const std::vector<double>& weights,
+                                   const std::vector<std::uint32_t>& components, int dataType,
+                                   const std::string& units) {
+  typeBytes(dataType);
+  for (const std::uint32_t c : components)
+    if (c >= componentsPerPoint || componentsPerPoint * weights.size() > image.getNumberOfComponents())
+      fatal("DataWriter: the field " + name + " asks for component " + std::to_string(c) +
+            " of " + std::to_string(weights.size()) + " points of " +
+            std::to_string(componentsPerPoint) + " in an image with " +
+            std::to_string(image.getNumberOfComponents()) + " values per voxel");
+  ValueFiller filler = [&image, name, componentsPerPoint, weights, components, dataType](
+                           const VoxelBox& box, char* buffer) {
+    requireCovered(name, image, box);
+    switch (dataType) {
+      case UInt8:
+        fillPointMeans(image, componentsPerPoint, weights, components, box,
+                       reinterpret_cast<unsigned char*>(buffer));
+        break;
+      case Int32:
+        fillPointMeans(image, componentsPerPoint, weights, components, box,
+                       reinterpret_cast<std::int32_t*>(buffer));
+        break;
+      default:
+        fillPointMeans(image, componentsPerPoint, weights, components, box,
+                       reinterpret_cast<float*>(buffer));
+        break;
+    }
+  };
+  addSectionField(false, Field{name, {}, {}, std::move(filler), components, dataType, units, ""});
+}
+
 void DataWriter::addImageField(const std::string& name, const Image<Colour>& image,
                                const std::vector<std::uint32_t>& components, int dataType,
                                const std::string& units, const std::string& description,
@@ -209,6 +276,18 @@ void DataWriter::writeFieldValues(const Field& field, const VoxelBox& box, Abstr
     if (swap) swapElements(buffer.data(), bytes, elementBytes);
     out.write(buffer.data(), static_cast<std::int64_t>(bytes));
   }
+}
+
+void saveVtkOrVti(const std::string& fileName, const std::array<std::int64_t, 6>& extent,
+                  bool compressed, const std::function<void(DataWriter&)>& registerFields) {
+  const std::array<double, 3> unit = {1.0, 1.0, 1.0}, zero = {0.0, 0.0, 0.0};
+  std::unique_ptr<DataWriter> writer;
+  if (extensionOf(fileName) == "vtk")
+    writer = std::make_unique<VtkWriter>(fileName, extent, unit, zero);
+  else
+    writer = std::make_unique<VtiWriter>(fileName, extent, unit, zero, compressed);
+  registerFields(*writer);
+  writer->write();
 }
 
 }  // namespace gridmoor

@@ -76,6 +76,19 @@ class DataWriter {
                      const std::vector<std::uint32_t>& components, int dataType,
                      const std::string& units = "", const std::string& description = "",
                      bool pointData = false);
+  // A cell field of an image whose voxels hold weights.size() integration points of
+  // componentsPerPoint values each: a voxel is written as the weighted mean of its points,
+  // and `components` picks and orders components of a point.
+  void addPointMeanField(const std::string& name, const Image<double>& image,
+                         std::uint64_t componentsPerPoint, const std::vector<double>& weights,
+                         const std::vector<std::uint32_t>& components, int dataType,
+                         const std::string& units = "");
+
+  // The components of a point that hold a symmetric tensor of six Voigt values
+  // (11, 22, 33, 23, 13, 12) in this writer's format: the six themselves.
+  virtual std::vector<std::uint32_t> symmetricTensorComponents() const {
+    return {0, 1, 2, 3, 4, 5};
+  }
 
   virtual void write() = 0;
 
@@ -127,5 +140,12 @@ class DataWriter {
 
   bool pointData = false;
 };
+
+// Writes the fields that registerFields adds to a writer of fileName's format: legacy VTK for
+// ".vtk", VTK's XML image format otherwise (compressed as asked). The writer starts with
+// spacing 1 and origin 0; registering the colour field (ColorImage::addMaterialsToFile) sets
+// the geometry's.
+void saveVtkOrVti(const std::string& fileName, const std::array<std::int64_t, 6>& extent,
+                  bool compressed, const std::function<void(DataWriter&)>& registerFields);
 
 }  // namespace gridmoor

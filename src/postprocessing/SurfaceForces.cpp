@@ -9,21 +9,23 @@ constexpr int row[3][3] = {{0, 5, 4}, {5, 1, 3}, {4, 3, 2}};
 
 }  // namespace
 
-SurfaceForces computeSurfaceForces(const Real* stress, std::uint64_t rowStride,
+SurfaceForces computeSurfaceForces(const Image<Real>& stress, const PointLayout& layout,
                                    const std::array<std::uint64_t, 3>& grid) {
-  const std::uint64_t nx = grid[0], ny = grid[1], nz = grid[2];
+  const std::uint64_t width = layout.componentsPerPoint;
   // Mean of sigma_a. over the voxel layer at index `layer` of axis a: only that layer is
   // visited, the other two axes run in full.
   auto layerMean = [&](int axis, std::uint64_t layer) {
     std::array<double, 3> sum{0.0, 0.0, 0.0};
-    std::uint64_t begin[3] = {0, 0, 0}, end[3] = {nx, ny, nz};
+    std::uint64_t begin[3] = {0, 0, 0}, end[3] = {grid[0], grid[1], grid[2]};
     begin[axis] = layer;
     end[axis] = layer + 1;
     for (std::uint64_t x = begin[0]; x < end[0]; ++x)
       for (std::uint64_t y = begin[1]; y < end[1]; ++y)
         for (std::uint64_t z = begin[2]; z < end[2]; ++z) {
-          const Real* s = stress + (x * ny + y) * rowStride + z * 6;
-          for (int j = 0; j < 3; ++j) sum[j] += s[row[axis][j]];
+          const Real* voxel = stress.voxelPointer(x, y, z);
+          for (std::size_t p = 0; p < layout.weights.size(); ++p)
+            for (int j = 0; j < 3; ++j)
+              sum[j] += layout.weights[p] * voxel[p * width + row[axis][j]];
         }
     const double count = static_cast<double>((end[0] - begin[0]) * (end[1] - begin[1]) *
                                              (end[2] - begin[2]));
@@ -39,7 +41,7 @@ SurfaceForces computeSurfaceForces(const Real* stress, std::uint64_t rowStride,
     return out;
   };
   SurfaceForces forces;
-  if (nx == 0 || ny == 0 || nz == 0) return forces;
+  if (grid[0] == 0 || grid[1] == 0 || grid[2] == 0) return forces;
   forces.xPlus = face(0, true);
   forces.xMinus = face(0, false);
   forces.yPlus = face(1, true);

@@ -13,6 +13,10 @@
 
 namespace gridmoor {
 
+int mainProgress(int doneSteps, int totalSteps) {
+  return 90 * doneSteps / std::max(1, totalSteps) + 5;
+}
+
 void ConvergenceSettings::setNorm(const std::string& word) {
   if (word == "Simple") {
     useSimple = true, useDivergence = false, useStress = false;
@@ -124,14 +128,14 @@ ConvergenceMonitor::Outcome ConvergenceMonitor::divergence(double e, int n) {
 
 ConvergenceMonitor::Outcome ConvergenceMonitor::limits(bool passed, int n) {
   if (n < 0) return passed ? Outcome::Pass : Outcome::Fail;
-  // The message only when the last iteration has not converged anyway.
-  if (!passed && n >= settings_.maxIter - 1) {
+  // The last allowed iteration ends the loop with the message even when it has passed: the
+  // host reads the message as "the limit was reached", not as a failure.
+  if (n >= settings_.maxIter - 1) {
     err_ << "Maximal number of iterations exceeded" << std::endl;
     limitReached_ = true;
     return Outcome::Limit;
   }
-  if (settings_.runTimer && settings_.maxRunTimeHours > 0.0 &&
-      settings_.runTimer->seconds() > settings_.maxRunTimeHours * 3600.0)
+  if (settings_.runTimer && settings_.runTimer->seconds() > settings_.maxRunTimeHours * 3600.0)
     fatal("Maximal runtime exceeded");
   if (!settings_.stopFile.empty()) {
     std::ifstream request(settings_.stopFile);
@@ -150,8 +154,7 @@ void ConvergenceMonitor::reportProgress(Track& t, double difference, double scal
   if (n == 0) {
     t.firstDifference = difference;
     subProgress(0);
-    progressPoint(static_cast<int>(settings_.doneSteps * (90.0 / settings_.totalSteps) + 5.0), n,
-                  error);
+    progressPoint(mainProgress(settings_.doneSteps, settings_.totalSteps), n, error);
     return;
   }
   double q = 1.0;

@@ -11,12 +11,15 @@ namespace gridmoor {
 
 class Keywords;
 
+// The main progress bar between the solves: doneSteps of totalSteps finished, 5 to 95 %.
+int mainProgress(int doneSteps, int totalSteps);
+
 struct ConvergenceSettings {
   double tolerance = 1e-6;
   int checkIntervallLength = 1;
   int maxIter = 1000;
-  // Hours; a limit of 0 or less is no limit (a run must not end after its first iteration
-  // because the key was left at 0).
+  // Hours; the run ends once its timer has passed the limit, so 0 stops it at the first
+  // criterion call.
   double maxRunTimeHours = 0.0;
   bool useSimple = true;
   bool useDivergence = false;

@@ -5,9 +5,12 @@
 #include <cmath>
 
 #include "common/Fatal.h"
+#include "formats/DataWriter.h"
 #include "input/KeywordsElasticity.h"
+#include "input/LoadComponents.h"
 #include "materials/MaterialVector.h"
 #include "operators/DiscreteGreenOperator.h"
+#include "postprocessing/SurfaceForces.h"
 
 namespace gridmoor {
 
@@ -56,6 +59,11 @@ void ElasticityLaplaceStokesBrinkmanImage::setConstantAtPoints(const double* val
     for (std::uint64_t p = 0; p < points; ++p)
       for (std::uint64_t c = 0; c < width; ++c) v[p * width + c] = value[c];
   });
+}
+
+PointLayout ElasticityLaplaceStokesBrinkmanImage::pointLayout() const {
+  return {componentsPerPoint,
+          std::vector<Real>(mainRule.weights.begin(), mainRule.weights.begin() + mainRule.count)};
 }
 
 StepSums ElasticityHyperelasticityImage::eyreMiltonStep(const StepContext&,
@@ -148,6 +156,85 @@ double ElasticityHyperelasticityImage::getDivergenceNorm(FFTImage& work, const S
   return cachedDivergenceError;
 }
 
+namespace {
+
+std::array<double, 6> firstSix(const std::vector<Real>& v) {
+  std::array<double, 6> r{};
+  for (std::size_t k = 0; k < 6 && k < v.size(); ++k) r[k] = v[k];
+  return r;
+}
+
+const char* const kComponentWords[6] = {"XX", "YY", "ZZ", "YZ", "XZ", "XY"};
+
+}  // namespace
+
+ResultAverages ElasticityHyperelasticityImage::computeAverages(const FFTImage& dual,
+                                                               const StepContext& ctx) const {
+  const ColorImage& colours = ctx.geometry->RealVoxelImage;
+  const Subvolume region = subvolumeOf(*ctx.keywords, {nFirst, nSecond, nThird});
+  const PointLayout layout = pointLayout();
+  const ColourMeans primary = averageOverColours(*this, layout, colours, region);
+  const ColourMeans secondary = averageOverColours(dual, layout, colours, region);
+  const bool strainIsPrimary = getPrimaryFieldName() == "Strain";
+  const ColourMeans& strain = strainIsPrimary ? primary : secondary;
+  const ColourMeans& stress = strainIsPrimary ? secondary : primary;
+  ResultAverages averages;
+  averages.overall.strain = firstSix(strain.overall);
+  averages.overall.stress = firstSix(stress.overall);
+  for (std::size_t c = 0; c < strain.colours.size(); ++c) {
+    MaterialAverages m;
+    m.colour = strain.colours[c];
+    m.volumeFraction = strain.volumeFractions[c];
+    m.values.strain = firstSix(strain.byColour[c]);
+    m.values.stress = firstSix(stress.byColour[c]);
+    averages.materials.push_back(m);
+  }
+  return averages;
+}
+
+SurfaceForces ElasticityHyperelasticityImage::computeSurfaceForces(const FFTImage& dual,
+                                                                   const StepContext&) const {
+  const FFTImage& stress = getPrimaryFieldName() == "Stress" ? *this : dual;
+  return gridmoor::computeSurfaceForces(stress, pointLayout(), {nFirst, nSecond, nThird});
+}
+
+// The listed components of a field: all six go out as one symmetric tensor in the layout of
+// the writer's format (the six Voigt values, or the full nine of legacy VTK); a part of them
+// goes out as one scalar array per component, "Strain_XX", ..., which every format can hold
+// and which keeps the tensor name for the full tensor only.
+void ElasticityHyperelasticityImage::addStrainStressToFile(DataWriter& writer,
+                                                           const FFTImage& dual,
+                                                           const KeywordsElasticity& keywords,
+                                                           bool complete) const {
+  const unsigned strainMask =
+      complete ? kAllVoigtBits
+               : voigtMaskOf(keywords.strainComponents(), keywords.strainComponents.key);
+  const unsigned stressMask =
+      complete ? kAllVoigtBits
+               : voigtMaskOf(keywords.stressComponents(), keywords.stressComponents.key);
+  const PointLayout layout = pointLayout();
+  auto add = [&](const std::string& name, const FFTImage& image, unsigned mask,
+                 const std::string& units) {
+    if (mask == kAllVoigtBits) {
+      writer.addPointMeanField(name, image, layout.componentsPerPoint, layout.weights,
+                               writer.symmetricTensorComponents(), DataWriter::Float, units);
+      return;
+    }
+    for (std::uint32_t c = 0; c < 6; ++c)
+      if (mask & (1u << c))
+        writer.addPointMeanField(name + "_" + kComponentWords[c], image,
+                                 layout.componentsPerPoint, layout.weights, {c},
+                                 DataWriter::Float, units);
+  };
+  const std::string primary = getPrimaryFieldName();
+  const std::string secondary = getDualFieldName();
+  const std::string& stressUnit = keywords.eModulUnit();
+  add(primary, *this, primary == "Stress" ? stressMask : strainMask,
+      primary == "Stress" ? stressUnit : "");
+  add(secondary, dual, secondary == "Stress" ? stressMask : strainMask,
+      secondary == "Stress" ? stressUnit : "");
+}
+
 ElasticityImage::ElasticityImage(const IntegrationRule& mainRule,
                                  const IntegrationRule& hourglassRule, std::uint64_t n0,
                                  std::uint64_t n1, std::uint64_t n2, const std::string& name)
@@ -188,7 +275,7 @@ StepSums ElasticityImage::fixedPointStep(StepKind kind, const StepContext& ctx,
   std::array<double, 6> strainPart{};
   stateMark = 0;
   StepSums sums;
-  sums.stressNormSquared = materialPass(kind, ctx, load, regularisationSums.data());
+  materialPass(kind, ctx, load, regularisationSums.data());
   computeMeanForRegularization(ctx, regularisationSums.data(), meanFromLoad.data());
   forwardTransform();
   maskConstrainedComponents(load, strainPart.data());

@@ -9,9 +9,13 @@
 #include "operators/DiscreteGreenOperator.h"
 #include "operators/FFTImage.h"
 #include "operators/IntegrationRule.h"
+#include "postprocessing/ColourAverages.h"
+#include "postprocessing/ResultFile.h"
 #include "solvers/StepContext.h"
 
 namespace gridmoor {
+
+class DataWriter;
 
 // Integration rules and the operations every field of the family answers. Only the elastic
 // branch is built; the Laplace and Stokes-Brinkman names stay for the family's shape.
@@ -28,6 +32,8 @@ class ElasticityLaplaceStokesBrinkmanImage : public FFTImage {
                                        const std::string& name);
 
   std::uint64_t pointsPerVoxel() const { return mainRule.count; }
+  // The points of a voxel with their weights, as post-processing reads the field.
+  PointLayout pointLayout() const;
   // Adds increment (componentsPerPoint values) to every integration point of every voxel:
   // the extrapolation of a start field between load steps.
   virtual void addConstantToPoints(const double* increment);
@@ -98,6 +104,19 @@ class ElasticityHyperelasticityImage : public ElasticityLaplaceImage {
   // shear of strains, 2 for plain shear of stresses.
   virtual std::array<double, 6> normWeights() const = 0;
   virtual std::array<double, 6> dualNormWeights() const = 0;
+
+  // Post-processing of the solved field; `dual` holds the dual field (computeStress) in this
+  // field's layout. Every voxel counts with the weighted mean of its points.
+  // The strain and stress averages, overall and per colour in use, over the averaging box of
+  // the keywords (subvolumeOf). Here for the small-strain fields of six Voigt values a point.
+  virtual ResultAverages computeAverages(const FFTImage& dual, const StepContext& ctx) const;
+  // The mean tractions on the faces of the cell, from whichever field is the stress.
+  virtual SurfaceForces computeSurfaceForces(const FFTImage& dual, const StepContext& ctx) const;
+  // Registers this field and `dual` with `writer` under their names, with the components
+  // that StrainComponents and StressComponents list (all six when `complete`). Both fields
+  // must outlive the writer's write().
+  void addStrainStressToFile(DataWriter& writer, const FFTImage& dual,
+                             const KeywordsElasticity& keywords, bool complete) const;
 };
 
 // Small-strain common code: the step itself, written once over the hooks below.
@@ -123,9 +142,8 @@ class ElasticityImage : public ElasticityHyperelasticityImage {
  protected:
   // The voxel loop: the material call of the step kind at each point, the reference term
   // taken off in place. Fills `regularisationSums` (six per point) when Tikhonov is on.
-  // Returns the squared norm of the dual field it met.
-  virtual double materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
-                              double* regularisationSums) = 0;
+  virtual void materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
+                            double* regularisationSums) = 0;
   // The mean that the regularisation adds, from the sums of the voxel loop.
   virtual void computeMeanForRegularization(const StepContext& ctx,
                                             const double* regularisationSums,

@@ -28,8 +28,8 @@ void PolarizationEigenstrainImage::setInitialCondition(const MacroscopicLoad&,
 double PolarizationEigenstrainImage::getStressNormSquared(const StepContext&) const {
   pairMissing();
 }
-double PolarizationEigenstrainImage::materialPass(StepKind, const StepContext&,
-                                                  const MacroscopicLoad&, double*) {
+void PolarizationEigenstrainImage::materialPass(StepKind, const StepContext&,
+                                                const MacroscopicLoad&, double*) {
   pairMissing();
 }
 void PolarizationEigenstrainImage::computeMeanFromSpectrum(const StepContext&,

@@ -19,8 +19,8 @@ class PolarizationEigenstrainImage : public ElasticityImage {
   std::array<double, 6> dualNormWeights() const override { return {1, 1, 1, 2, 2, 2}; }
 
  protected:
-  double materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
-                      double* regularisationSums) override;
+  void materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
+                    double* regularisationSums) override;
   void computeMeanFromSpectrum(const StepContext& ctx, const MacroscopicLoad& load,
                                const double* strainPart, double* mean) const override;
   double applyGreenOperator(const StepContext& ctx, const SpectrumPass& pass) override;

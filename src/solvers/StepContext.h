@@ -59,9 +59,6 @@ struct StepContext {
 struct StepSums {
   // Squared norm of the field the step produced (tensor norm, summed over voxels).
   double fieldNormSquared = 0.0;
-  // Squared norm of the stress of the field the step started from (plain shear counted
-  // twice), summed over voxels.
-  double stressNormSquared = 0.0;
 };
 
 }  // namespace gridmoor

@@ -68,10 +68,8 @@ struct SumAcc {
 };
 
 struct PassAcc {
-  double stressSquared = 0.0;
   std::array<double, ElasticityImage::kMaxValuesPerVoxel> regularisation{};
   void merge(const PassAcc& o) {
-    stressSquared += o.stressSquared;
     for (std::size_t i = 0; i < regularisation.size(); ++i) regularisation[i] += o.regularisation[i];
   }
 };
@@ -128,10 +126,10 @@ bool isotropicTableOf(const StepContext& ctx, std::array<IsotropicEntries, 256>&
 }
 
 // The voxel loop for isotropic linear laws without temperature change or regularisation:
-// sigma and tau = (C - C0) e in the sparse pattern, inline, without a call per point. The
+// tau = (C - C0) e in the sparse pattern, inline, without a call per point. The
 // general loop below makes the same products through the law's S, one virtual call each.
-double isotropicStrainPass(StrainImage& image, const StepContext& ctx,
-                           const std::array<IsotropicEntries, 256>& laws) {
+void isotropicStrainPass(StrainImage& image, const StepContext& ctx,
+                         const std::array<IsotropicEntries, 256>& laws) {
   const ColorImage& colours = ctx.geometry->RealVoxelImage;
   if (colours.getGlobalSizeX() != image.nFirst || colours.sizeY != image.nSecond ||
       colours.sizeZ != image.nThird)
@@ -143,11 +141,9 @@ double isotropicStrainPass(StrainImage& image, const StepContext& ctx,
     difference[c] = {laws[c].normal - ref.lambda0 - 2.0 * ref.mu0, laws[c].cross - ref.lambda0,
                      laws[c].shear - ref.mu0};
   const std::uint64_t points = image.pointsPerVoxel();
-  const double* weights = image.mainRule.weights.data();
   const std::uint64_t nc = image.nComponents;
   double* data = image.data();
-  double sum = 0.0;
-#pragma omp parallel reduction(+ : sum)
+#pragma omp parallel
   {
     const IndexRange range = image.threadFirstRange();
     for (std::uint64_t x = range.begin; x < range.end; ++x)
@@ -156,20 +152,13 @@ double isotropicStrainPass(StrainImage& image, const StepContext& ctx,
         const Colour* colourRow = colours.voxelPointer(x, y, 0);
         for (std::uint64_t z = 0; z < image.nThird; ++z) {
           const Colour colour = colourRow[z * colours.strideZ];
-          const IsotropicEntries& c = laws[colour];
           const IsotropicEntries& d = difference[colour];
           for (std::uint64_t p = 0; p < points; ++p) {
             double* e = row + z * nc + 6 * p;
             const double e0 = e[0], e1 = e[1], e2 = e[2], e3 = e[3], e4 = e[4], e5 = e[5];
+            // tau_a = (C - C0)(0,1) tr e + ((C - C0)(0,0) - (C - C0)(0,1)) e_a: the row
+            // products of C - C0 regrouped.
             const double trace = e0 + e1 + e2;
-            // sigma_a = C(0,1) tr e + (C(0,0) - C(0,1)) e_a: the law's row products regrouped.
-            const double diagonal = c.normal - c.cross;
-            const double s0 = c.cross * trace + diagonal * e0;
-            const double s1 = c.cross * trace + diagonal * e1;
-            const double s2 = c.cross * trace + diagonal * e2;
-            const double shearSquares = e3 * e3 + e4 * e4 + e5 * e5;
-            sum += weights[p] * (s0 * s0 + s1 * s1 + s2 * s2 +
-                                 2.0 * c.shear * c.shear * shearSquares);
             const double tauDiagonal = d.normal - d.cross;
             e[0] = d.cross * trace + tauDiagonal * e0;
             e[1] = d.cross * trace + tauDiagonal * e1;
@@ -181,12 +170,11 @@ double isotropicStrainPass(StrainImage& image, const StepContext& ctx,
         }
       }
   }
-  return sum;
 }
 
 template <bool Thermal>
-double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
-                  const MacroscopicLoad& load, double* regularisationSums) {
+void strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
+                const MacroscopicLoad& load, double* regularisationSums) {
   if (kind != StepKind::Linear && !ctx.oldField)
     fatal("A step with history needs the field of the last converged step");
   if (kind == StepKind::Linearized && !ctx.totalField)
@@ -196,7 +184,8 @@ double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
     std::array<IsotropicEntries, 256> isotropic{};
     if (isotropicTableOf(ctx, isotropic)) {
       for (std::uint64_t i = 0; i < image.nComponents; ++i) regularisationSums[i] = 0.0;
-      return isotropicStrainPass(image, ctx, isotropic);
+      isotropicStrainPass(image, ctx, isotropic);
+      return;
     }
   }
   std::array<bool, 256> regularised{};
@@ -209,7 +198,6 @@ double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
     targeted[c] = !(load.stressMask & (1u << c));
     target[c] = targeted[c] ? load.values[c] : 0.0;
   }
-  const double* weights = image.mainRule.weights.data();
   double* data = image.data();
   const double* oldData = ctx.oldField ? ctx.oldField->data() : nullptr;
   const double* totalData = ctx.totalField ? ctx.totalField->data() : nullptr;
@@ -228,7 +216,6 @@ double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
         double s0[6];
         computeStressAt<Thermal>(law, kind, ctx, x, y, z, old, total, e, s);
         applyIsotropicStiffness(ref, e, s0);
-        local.stressSquared += weights[p] * stressNormSquared(s);
         if (tikhonov && regularised[colour]) {
           double mismatch[6];
           double pull[6];
@@ -242,7 +229,6 @@ double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
         for (int c = 0; c < 6; ++c) e[c] = s[c] - s0[c];
       });
   for (std::uint64_t i = 0; i < image.nComponents; ++i) regularisationSums[i] = acc.regularisation[i];
-  return acc.stressSquared;
 }
 
 template <bool Thermal>
@@ -268,11 +254,12 @@ void requireSameShape(const FFTImage& a, const FFTImage& b) {
 
 }  // namespace
 
-double StrainImage::materialPass(StepKind kind, const StepContext& ctx,
-                                 const MacroscopicLoad& load, double* regularisationSums) {
-  return ctx.temperatureChange != 0.0
-             ? strainPass<true>(*this, kind, ctx, load, regularisationSums)
-             : strainPass<false>(*this, kind, ctx, load, regularisationSums);
+void StrainImage::materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
+                               double* regularisationSums) {
+  if (ctx.temperatureChange != 0.0)
+    strainPass<true>(*this, kind, ctx, load, regularisationSums);
+  else
+    strainPass<false>(*this, kind, ctx, load, regularisationSums);
 }
 
 void StrainImage::computeStress(FFTImage& out, const StepContext& ctx) const {
@@ -357,7 +344,7 @@ double StressImage::applyGamma0(const StepContext&, const SpectrumPass&) {
 double StressImage::applyPsi0(const StepContext&, const SpectrumPass&) {
   stressFormulationMissing();
 }
-double StressImage::materialPass(StepKind, const StepContext&, const MacroscopicLoad&, double*) {
+void StressImage::materialPass(StepKind, const StepContext&, const MacroscopicLoad&, double*) {
   stressFormulationMissing();
 }
 void StressImage::computeMeanFromSpectrum(const StepContext&, const MacroscopicLoad&,

@@ -46,8 +46,8 @@ class StrainImage : public StrainStressImage {
   double applyPsi0(const StepContext& ctx, const SpectrumPass& pass) override;
 
  protected:
-  double materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
-                      double* regularisationSums) override;
+  void materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
+                    double* regularisationSums) override;
   void computeMeanFromSpectrum(const StepContext& ctx, const MacroscopicLoad& load,
                                const double* strainPart, double* mean) const override;
 };
@@ -69,8 +69,8 @@ class StressImage : public StrainStressImage {
   double applyPsi0(const StepContext& ctx, const SpectrumPass& pass) override;
 
  protected:
-  double materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
-                      double* regularisationSums) override;
+  void materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
+                    double* regularisationSums) override;
   void computeMeanFromSpectrum(const StepContext& ctx, const MacroscopicLoad& load,
                                const double* strainPart, double* mean) const override;
 };

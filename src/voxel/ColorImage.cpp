@@ -14,6 +14,7 @@
 #include <unordered_set>
 
 #include "common/Fatal.h"
+#include "formats/DataWriter.h"
 #include "formats/VtiReader.h"
 #include "voxel/MpiExchange.h"
 #include "voxel/Ratio.h"
@@ -465,6 +466,23 @@ void ColorImage::writeLdt(const std::string& fileName) const {
   ok = std::fclose(f.release()) == 0 && ok;
   if (!ok) fatal("Failed to write the file " + fileName);
   std::cout << "Export o.k.\n";
+}
+
+void ColorImage::addMaterialsToFile(DataWriter& writer) const {
+  const std::array<std::uint64_t, 3> sizes = {sizeX, sizeY, sizeZ};
+  const std::array<double, 3> lengths = {resolutionX, resolutionY, resolutionZ};
+  const std::array<double, 3> corner = {originX, originY, originZ};
+  std::array<double, 3> spacing{}, origin{};
+  for (int axis = 0; axis < 3; ++axis) {
+    const std::uint64_t written = writer.gridSize(axis);
+    const double ratio =
+        written == 0 ? 1.0 : static_cast<double>(sizes[axis]) / static_cast<double>(written);
+    spacing[axis] = lengths[axis] * ratio;
+    origin[axis] = corner[axis] * ratio;
+  }
+  writer.setSpacing(spacing);
+  writer.setOrigin(origin);
+  writer.addImageField("Materials", *this, {0}, DataWriter::UInt8);
 }
 
 void ColorImage::writeRaw(const std::string& fileName) const {

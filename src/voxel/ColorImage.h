@@ -12,6 +12,8 @@
 
 namespace gridmoor {
 
+class DataWriter;
+
 class ColorImage : public Image<Colour> {
  public:
   // Free text of the .ldt trailer: every token but the voxel length, read back in order.
@@ -69,6 +71,11 @@ class ColorImage : public Image<Colour> {
   void writeMetaImage(const std::string& fileName) const;
   // One byte per voxel, x fastest, then y, z slowest.
   void writeRaw(const std::string& fileName) const;
+  // Registers the colours as the field "Materials" of `writer` and gives the writer this
+  // image's voxel lengths and origin, each multiplied, axis by axis, by the ratio of this
+  // image's voxels to the writer's (1 when the writer writes this grid). The image must
+  // outlive the writer's write().
+  void addMaterialsToFile(DataWriter& writer) const;
 
   // Local extent in x: the planes held by this process.
   std::uint64_t getSizeX() const override { return localXEnd - localXBegin; }

@@ -5,7 +5,9 @@
 #include <string>
 
 #include "../formats/FieldFileTestSupport.h"
+#include "../materials/MaterialInterfaceTestLaws.h"
 #include "input/KeywordsElasticity.h"
+#include "postprocessing/InternalVariableAverages.h"
 #include "postprocessing/ResultFile.h"
 
 namespace gridmoor {
@@ -251,6 +253,70 @@ TEST(ResultFileAverages, SurfaceForcesAndCostsFollowTheirSwitches) {
             "Vector:AverageSurfaceForceZ+ 0,0,3\n"
             "Scalar:ComputationalCosts:NumberOfMatrixVectorProducts 12\n"
             "Scalar:ComputationalCosts:NumberOfNewtonRaphsonSteps 3\n");
+}
+
+// A law with state in the strain formulation whose output variables are a scalar "Damage"
+// and a two-valued "Sigma0", each stored for the colour's voxels and two load cases.
+class LawWithState : public testing_laws::TestLaw {
+ public:
+  bool strain = true;
+  Vector<Real> damage{"damage"}, sigma0{"sigma0"};
+#define GRIDMOOR_STATE_ANSWER(Word)                 \
+  bool hasInternalVariables##Word() const override { \
+    return strain && Formulation::Word == Formulation::Strain; \
+  }
+  GRIDMOOR_FORMULATIONS(GRIDMOOR_STATE_ANSWER)
+#undef GRIDMOOR_STATE_ANSWER
+  void getOutputVariables(std::vector<Vector<Real>*>& variables, std::vector<std::string>& names,
+                          std::vector<std::string>& units) override {
+    variables = {&damage, &sigma0};
+    names = {"Damage", "Sigma0"};
+    units = {"1", "GPa"};
+  }
+};
+
+TEST(ResultFileInternalVariables, MeansAndExtremesOfThePlainSolvesBlockPerColour) {
+  MaterialElasticVector table;
+  auto geometry = testing_laws::geometryOf({5, 3, 3, 5, 3, 7});
+  auto twoCases = std::make_shared<const LoadCaseTable>(LoadCaseTable{0, 1});
+  // Listed 5, 3, 7, 9: colour 7 keeps no state, colour 9 has no voxel.
+  for (const Colour colour : {5, 3, 7, 9}) {
+    auto* law = new LawWithState;
+    law->colour = colour;
+    law->loadCases = twoCases;
+    law->strain = colour != 7;
+    const std::size_t voxels = colour == 3 ? 3 : 2;
+    // Load case 0 first: voxel v holds colour + v (and minus that in Sigma0's second value);
+    // the second case's block holds 100, which the lines must not see.
+    law->damage.assign(2 * voxels, 100.0);
+    law->sigma0.assign(4 * voxels, 100.0);
+    for (std::size_t v = 0; v < voxels; ++v) {
+      law->damage[v] = colour + static_cast<double>(v);
+      law->sigma0[2 * v] = 1.0;
+      law->sigma0[2 * v + 1] = -(colour + static_cast<double>(v));
+    }
+    table.addMaterial(colour, std::make_unique<Material>(law, nullptr));
+  }
+  std::ostringstream averages, extremes;
+  writeInternalVariableAverages(averages, table, *geometry, "Strain");
+  writeInternalVariableMinMax(extremes, table, *geometry, "Strain");
+  EXPECT_EQ(averages.str(),
+            "Scalar:InternalVariables:AverageDamageOfMaterial_5 5.5\n"
+            "Vector:InternalVariables:AverageSigma0OfMaterial_5 1,-5.5\n"
+            "Scalar:InternalVariables:AverageDamageOfMaterial_3 4\n"
+            "Vector:InternalVariables:AverageSigma0OfMaterial_3 1,-4\n");
+  EXPECT_EQ(extremes.str(),
+            "Scalar:InternalVariables:MinDamageOfMaterial_5 5\n"
+            "Scalar:InternalVariables:MaxDamageOfMaterial_5 6\n"
+            "Vector:InternalVariables:MinSigma0OfMaterial_5 1,-6\n"
+            "Vector:InternalVariables:MaxSigma0OfMaterial_5 1,-5\n"
+            "Scalar:InternalVariables:MinDamageOfMaterial_3 3\n"
+            "Scalar:InternalVariables:MaxDamageOfMaterial_3 5\n"
+            "Vector:InternalVariables:MinSigma0OfMaterial_3 1,-5\n"
+            "Vector:InternalVariables:MaxSigma0OfMaterial_3 1,-3\n");
+  std::ostringstream stress;
+  writeInternalVariableAverages(stress, table, *geometry, "Stress");
+  EXPECT_EQ(stress.str(), "");
 }
 
 }  // namespace

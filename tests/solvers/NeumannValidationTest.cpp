@@ -125,9 +125,72 @@ TEST_P(NeumannLaminate, StressLoadGivesTheExactLayerStrains) {
   const Vector6 mean = laminateMeanStrainUnderStress(c0, c1, f1, c.axis, s);
   const LaminateStrains exact = laminateUnderStrain(c0, c1, f1, c.axis, mean);
   checkLayers(problem, exact, thickness, 1e-7);
-  // The layer stresses themselves: the normal traction is one across the interface.
+  // The mean stress of the solution is the prescribed one.
+  FFTImage stress(6, c.grid[0], c.grid[1], c.grid[2], "stress");
+  problem.field->computeStress(stress, problem.ctx);
+  const ResultAverages averages = problem.field->computeAverages(stress, problem.ctx);
+  for (int k = 0; k < 6; ++k) EXPECT_NEAR(averages.overall.stress[k], s[k], 1e-9) << k;
+}
+
+// A voxel of "Q1FE" holds eight integration points, each weighing 1/8. The exact laminate is
+// in its element space, so every point holds the exact layer strain; the averages, the
+// fractions and the face tractions of the voxels' point means are the exact laminate's, as
+// under the one-point "Basic" scheme.
+TEST(NeumannLaminateAverages, EveryDiscretisationGivesTheExactLaminateMeans) {
+  const Grid grid{4, 3, 6};
+  const std::uint64_t thickness = 2;
+  const double f1 = 1.0 / 3.0;
+  const Lame soft = lameOf(1.0, 0.3), stiff = lameOf(20.0, 0.2);
+  const Matrix6 c0 = stiffnessOf(soft), c1 = stiffnessOf(stiff);
+  const Voigt e{0.01, -0.003, 0.002, 0.004, -0.006, 0.005};
+  const LaminateStrains exact = laminateUnderStrain(c0, c1, f1, 2, e);
   const Vector6 s0 = multiply(c0, exact.layer0), s1 = multiply(c1, exact.layer1);
-  for (int slot : normalSlots(c.axis)) EXPECT_NEAR(s0[slot], s1[slot], 1e-12);
+  Vector6 mean{};
+  for (int k = 0; k < 6; ++k) mean[k] = (1.0 - f1) * s0[k] + f1 * s1[k];
+  for (const GreenOperatorType scheme : {GreenOperatorType::Basic, GreenOperatorType::Q1FE}) {
+    SCOPED_TRACE(scheme == GreenOperatorType::Basic ? "Basic" : "Q1FE");
+    Problem problem(grid, laminateColours(grid, 2, thickness), {soft, stiff}, scheme);
+    ASSERT_EQ(problem.field->pointsPerVoxel(), scheme == GreenOperatorType::Basic ? 1u : 8u);
+    const NeumannResult r = problem.solve(MacroscopicLoad::strain(e), 1e-13, 100000);
+    ASSERT_FALSE(r.limitReached);
+    FFTImage stress(problem.field->nComponents, grid[0], grid[1], grid[2], "stress");
+    problem.field->computeStress(stress, problem.ctx);
+    const ResultAverages a = problem.field->computeAverages(stress, problem.ctx);
+    ASSERT_EQ(a.materials.size(), 2u);
+    for (int k = 0; k < 6; ++k) {
+      EXPECT_NEAR(a.overall.strain[k], e[k], 1e-12) << k;
+      EXPECT_NEAR(a.overall.stress[k], mean[k], 1e-9) << k;
+      for (const MaterialAverages& m : a.materials) {
+        const bool layer1 = m.colour == 1;
+        EXPECT_NEAR(m.volumeFraction, layer1 ? f1 : 1.0 - f1, 1e-15);
+        EXPECT_NEAR(m.values.strain[k], (layer1 ? exact.layer1 : exact.layer0)[k], 1e-9) << k;
+        EXPECT_NEAR(m.values.stress[k], (layer1 ? s1 : s0)[k], 1e-8) << k;
+      }
+    }
+    // The z faces carry the traction that all layers share; an x face cuts both layers.
+    const SurfaceForces f = problem.field->computeSurfaceForces(stress, problem.ctx);
+    const std::vector<double> zTraction{s0[4], s0[3], s0[2]}, xTraction{mean[0], mean[5], mean[4]};
+    for (int j = 0; j < 3; ++j) {
+      EXPECT_NEAR(f.zPlus[j], zTraction[j], 1e-8) << j;
+      EXPECT_NEAR(f.xPlus[j], xTraction[j], 1e-8) << j;
+    }
+  }
+  // Around a single stiff voxel the points of a voxel differ; their weighted mean over the
+  // cell is still the prescribed strain exactly, as the Gauss rule integrates the element
+  // gradients exactly.
+  std::vector<Colour> inclusion(grid[0] * grid[1] * grid[2], 0);
+  inclusion[7] = 1;
+  Problem problem(grid, inclusion, {soft, stiff}, GreenOperatorType::Q1FE);
+  ASSERT_FALSE(problem.solve(MacroscopicLoad::strain(e), 1e-13, 100000).limitReached);
+  double spread = 0.0;
+  for (std::uint64_t point = 1; point < 8; ++point)
+    for (int k = 0; k < 6; ++k)
+      spread = std::max(spread, std::abs(problem.at(1, 1, 1, point)[k] - problem.at(1, 1, 1)[k]));
+  EXPECT_GT(spread, 1e-4);
+  FFTImage stress(problem.field->nComponents, grid[0], grid[1], grid[2], "stress");
+  problem.field->computeStress(stress, problem.ctx);
+  const ResultAverages a = problem.field->computeAverages(stress, problem.ctx);
+  for (int k = 0; k < 6; ++k) EXPECT_NEAR(a.overall.strain[k], e[k], 1e-12) << k;
 }
 
 INSTANTIATE_TEST_SUITE_P(
