@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -101,14 +102,43 @@ TEST(ConvergenceSequence, StressAloneDoesNotHoldTheLoop) {
   EXPECT_EQ(script.simpleCalls, 0);
 }
 
-TEST(ConvergenceLimits, IterationLimitEndsTheLoopAndTheRunGoesOn) {
+// The last allowed iteration ends the loop with the message, also when it passes.
+// The stress criterion measures the fields after the steps: E0 after the step before the
+// loop, the value after iteration 0, where "Stress" alone ends. Its first change is taken
+// against the empty history, so the error printed is value / E0.
+TEST(ConvergenceSequence, StressCriterionMeasuresTheFieldAfterEachStep) {
+  const solver_test::Grid g{4, 4, 8};
+  const std::vector<solver_test::Lame> laws{solver_test::lameOf(1.0, 0.3),
+                                            solver_test::lameOf(50.0, 0.3)};
+  solver_test::Problem solved(g, solver_test::laminateColours(g, 2, 3), laws);
+  solver_test::Problem replay(g, solver_test::laminateColours(g, 2, 3), laws);
+  const MacroscopicLoad load = MacroscopicLoad::strain({0.01, 0, 0, 0, 0.002, 0});
   std::ostringstream out, err;
-  Script script;
-  script.simple = {1.0, 2.0, 3.0, 4.0, 5.0, 6.0};
-  ConvergenceMonitor m(settingsFor("Simple", 1, 4), out, err);
-  EXPECT_EQ(run(m, script, 4), 4);
-  EXPECT_TRUE(m.limitReached());
-  EXPECT_EQ(err.str(), "Maximal number of iterations exceeded\n");
+  SolverCounters counters;
+  const NeumannResult r = solveNeumannSeries(*solved.field, solved.ctx, load, {},
+                                             settingsFor("Stress"), counters, out, err);
+  EXPECT_EQ(r.iterations, 1);
+  replay.field->setInitialCondition(load, replay.ctx);
+  replay.field->step(StepKind::Linear, replay.ctx, load);
+  const double e0 = replay.field->getStressNormSquared(replay.ctx);
+  replay.field->step(StepKind::Linear, replay.ctx, load);
+  const double v = replay.field->getStressNormSquared(replay.ctx);
+  const std::string text = out.str();
+  const std::size_t at = text.find(" - relative Error = ");
+  ASSERT_NE(at, std::string::npos) << text;
+  EXPECT_NEAR(std::stod(text.substr(at + 20)), v / e0, 1e-5 * v / e0);
+}
+
+TEST(ConvergenceLimits, IterationLimitEndsTheLoopAndTheRunGoesOn) {
+  for (const double last : {4.0, 3.0}) {
+    std::ostringstream out, err;
+    Script script;
+    script.simple = {1.0, 2.0, 3.0, last};
+    ConvergenceMonitor m(settingsFor("Simple", 1, 4), out, err);
+    EXPECT_EQ(run(m, script, 4), 4);
+    EXPECT_TRUE(m.limitReached());
+    EXPECT_EQ(err.str(), "Maximal number of iterations exceeded\n");
+  }
 }
 
 TEST(ConvergenceLimits, NeumannStopsAtTheLimitWithTheFieldKept) {
@@ -155,7 +185,7 @@ TEST(ConvergenceLimitsDeathTest, RuntimeLimitEndsTheRunWithFailure) {
   std::this_thread::sleep_for(std::chrono::milliseconds(5));
   ConvergenceSettings s = settingsFor("Simple");
   s.runTimer = &timer;
-  s.maxRunTimeHours = 1e-7;  // 0.36 ms
+  s.maxRunTimeHours = 0.0;  // a limit like any other
   std::ostringstream out, err;
   Script script;
   script.simple = {1.0, 2.0};

@@ -80,5 +80,64 @@ TEST(NeumannLoadStep, SolvesALaminateStepFromTheKeywords) {
   }
 }
 
+// The start field of step 1 of a proportional strain ramp over the unequal steps 0, 0.2,
+// 0.6, 1, by Extrapolation word, from the solution sol0 of step 0. A linear laminate's
+// solution scales with the load, so the affine extrapolation through the loads at 0, 0.2
+// and 0.6 (ratio 2) starts at the solution 3 sol0 and the solve ends after the two
+// iterations any solve takes (the first change is measured against the empty history); a
+// shifted start needs more.
+TEST(NeumannLoadStep, StartFieldOfTheNextStepByExtrapolationWord) {
+  const Grid g{3, 4, 6};
+  const Vector6 last{0.01, 0.0, -0.004, 0.0, 0.005, 0.0};
+  struct Case {
+    ExtrapolationType word;
+    bool pathIndependent;
+    double scale;      // start = scale * sol0 + shift * (0.4 last)
+    double shift;
+    bool keepsOld;     // E_old ends as sol0 (else it is E's alias)
+  };
+  int affineIterations = 0, shiftedIterations = 0;
+  for (const Case c : {Case{ExtrapolationType::MemoryEfficient, true, 1.0, 1.0, false},
+                       Case{ExtrapolationType::AffinLinear, true, 3.0, 0.0, true},
+                       Case{ExtrapolationType::None, false, 1.0, 0.0, true},
+                       Case{ExtrapolationType::Linear, false, 1.0, 1.0, true}}) {
+    SCOPED_TRACE(static_cast<int>(c.word));
+    Problem p(g, laminateColours(g, 2, 2), {lameOf(2.0, 0.3), lameOf(40.0, 0.25)});
+    configure(p.keywords, "NeumannSeries");
+    p.keywords.timeStepType.set(TimeStepType::UserDefined);
+    p.keywords.timeSteps.set({0.0, 0.2, 0.6, 1.0});
+    p.keywords.macroscopicStrainStressType.set("LinearInterpolation");
+    p.keywords.macroscopicStrainValues.set(
+        {{0, 0, 0, 0, 0, 0, 0}, {1, last[0], last[1], last[2], last[3], last[4], last[5]}});
+    p.keywords.extrapolation.set(c.word);
+    SolverFields fields =
+        allocateSolverFields(p.keywords, p.materials, p.geometry, g, c.pathIndependent);
+    ASSERT_EQ(fields.E_old != fields.E, c.keepsOld);
+    fields.deltaE->createPlans("Estimate");
+    LoadStepSolver solver(p.keywords, p.geometry, p.materials, "", nullptr);
+    SolverCounters counters;
+    testing::internal::CaptureStdout();
+    solver.solveStep(0, fields, p.ctx.reference.lambda0, p.ctx.reference.mu0, counters, 0, 3);
+    FFTImage sol0(6, g[0], g[1], g[2], "sol0");
+    sol0 = *fields.E;
+    extrapolateStartField(*fields.E, *fields.E_old, p.keywords, 1, 0, c.pathIndependent);
+    for (std::uint64_t x = 0; x < g[0]; ++x)
+      for (std::uint64_t z = 0; z < g[2]; ++z)
+        for (int k = 0; k < 6; ++k) {
+          const double s0 = *sol0.elementPointer(k, x, 1, z);
+          EXPECT_NEAR(*fields.E->elementPointer(k, x, 1, z), c.scale * s0 + c.shift * 0.4 * last[k],
+                      1e-15);
+          if (c.keepsOld) EXPECT_EQ(*fields.E_old->elementPointer(k, x, 1, z), s0);
+        }
+    const NeumannResult r = solver.solveStep(1, fields, p.ctx.reference.lambda0,
+                                             p.ctx.reference.mu0, counters, 1, 3);
+    testing::internal::GetCapturedStdout();
+    if (c.word == ExtrapolationType::AffinLinear) affineIterations = r.iterations;
+    if (c.word == ExtrapolationType::MemoryEfficient) shiftedIterations = r.iterations;
+  }
+  EXPECT_EQ(affineIterations, 2);
+  EXPECT_GT(shiftedIterations, 5);
+}
+
 }  // namespace
 }  // namespace gridmoor
