@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -106,6 +107,89 @@ TEST_F(VtkClient, VtkReadsOurVtiPvtiAndLegacyFiles) {
   const std::string report = runPython("vtk_read_check.py", path("expected.txt"));
   EXPECT_EQ(report.find("MISMATCH"), std::string::npos) << report;
   EXPECT_NE(report.find("OK " + path("legacy.vtk")), std::string::npos) << report;
+}
+
+// The field files of runs of the binary: a homogeneous cell (two colours of one law) under a
+// strain, on the eight-point "Q1FE" scheme, whose colour source is a .vti file with an origin
+// and an extent that starts away from 0. VTK must find the colour source's grid, the colours,
+// the strain and C strain as each voxel's mean, as six Voigt values in the XML files and as
+// nine in the legacy ones, and one scalar array per listed component for a partial list.
+TEST_F(VtkClient, VtkReadsTheFieldFilesOfRuns) {
+  const std::array<double, 3> origin{0.5, -1, 2.25};
+  VtiWriter geometry(path("geometry.vti"), {2, 6, 1, 4, 0, 3}, {1, 1, 1}, origin);
+  voxels_ = {4, 3, 3};
+  Image<Colour> colours(1, 4, 3, 3, "colours");
+  for (std::uint64_t x = 0; x < 4; ++x)
+    for (std::uint64_t y = 0; y < 3; ++y)
+      for (std::uint64_t z = 0; z < 3; ++z) *colours.voxelPointer(x, y, z) = 1 + (x + y + z) % 2;
+  geometry.addImageField("Materials", colours, {0}, DataWriter::UInt8);
+  geometry.write();
+  const double youngs = 100.0, poisson = 0.25;
+  const double lambda = youngs * poisson / ((1 + poisson) * (1 - 2 * poisson));
+  const double mu = youngs / (2 * (1 + poisson));
+  const double e[6] = {0.01, -0.002, 0.003, 0.004, -0.001, 0.002};
+  double s[6];
+  for (int k = 0; k < 6; ++k) s[k] = k < 3 ? lambda * (e[0] + e[1] + e[2]) + 2 * mu * e[k] : mu * e[k];
+  const std::string law = "<Type>LE</Type><MaterialParameters><E><value>100</value></E><nu>"
+                          "<value>0.25</value></nu></MaterialParameters></Material>";
+  auto parameters = [&](const std::string& file, bool compress, const std::string& stressList) {
+    return "<Settings><input><LicenseFileName>none</LicenseFileName>"
+           "<GeometryDescriptionFile>geometry.vti</GeometryDescriptionFile>"
+           "<BoxelLengthX>0.5</BoxelLengthX><BoxelLengthY>0.25</BoxelLengthY>"
+           "<BoxelLengthZ>2</BoxelLengthZ><BoxelUnits>um</BoxelUnits>"
+           "<MaterParamValues><EModulUnit>GPa</EModulUnit></MaterParamValues><MaterialData>"
+           "<Material><MaterNumber>1</MaterNumber><MaterName>A</MaterName>" + law +
+           "<Material><MaterNumber>2</MaterNumber><MaterName>B</MaterName>" + law +
+           "</MaterialData><IterativeMethod>NeumannSeries</IterativeMethod><Scheme>Q1FE</Scheme>"
+           "<MaxIterationNumber>100</MaxIterationNumber><MaxRunTime>1</MaxRunTime>"
+           "<StoppingTolerance>1e-10</StoppingTolerance><NumberOfThreads>1</NumberOfThreads>"
+           "<EstimateMemory>0</EstimateMemory><MethodList>CEL</MethodList>"
+           "<ProblemFormulation>Strain</ProblemFormulation><MacroscopicLoadType>Constant"
+           "</MacroscopicLoadType><MacroscopicLoad>0.01,-0.002,0.003,0.004,-0.001,0.002"
+           "</MacroscopicLoad></input><output><Verbose>0</Verbose>"
+           "<WriteEffectiveMatrix>0</WriteEffectiveMatrix><EffectiveMatrixFileName>r.txt"
+           "</EffectiveMatrixFileName><EquivalencePrinciple>Energy</EquivalencePrinciple>"
+           "<ComputeLoadCaseList>1</ComputeLoadCaseList><SaveRestartFile>0</SaveRestartFile>"
+           "<WriteSolutionVtk>1</WriteSolutionVtk><SolutionVtkFileName>" + file +
+           "</SolutionVtkFileName><CompressFiles>" + (compress ? "1" : "0") +
+           "</CompressFiles><WriteDasFile>0</WriteDasFile><StrainComponents>XX,YY,ZZ,XY,XZ,YZ"
+           "</StrainComponents><StressComponents>" + stressList + "</StressComponents>"
+           "<DisplacementComponents>X</DisplacementComponents></output></Settings>";
+  };
+  auto expectValues = [&](const std::string& name, const std::vector<int>& slots,
+                          const double* values, const char* tolerance) {
+    expected_ += "field " + name + " " + std::to_string(slots.size()) + " " + tolerance + "\n";
+    for (std::uint64_t i = 0; i < 36; ++i)
+      for (const int slot : slots) expected_ += number(static_cast<float>(values[slot]));
+    expected_ += "\n";
+  };
+  const std::array<double, 6> grid{0.5, -1, 2.25, 0.5, 0.25, 2};
+  const std::vector<int> voigt{0, 1, 2, 3, 4, 5}, full{0, 5, 4, 5, 1, 3, 4, 3, 2};
+  for (const std::string file : {"plain.vti", "packed.vti", "plain.vtk", "packed.vtk"}) {
+    SCOPED_TRACE(file);
+    const bool legacy = file.ends_with(".vtk"), packed = file.starts_with("packed");
+    std::ofstream(path("run.xml")) << parameters(file, packed, packed ? "XX,YZ" : "XX,YY,ZZ,XY,XZ,YZ");
+    const std::string command = std::string(GRIDMOOR_BINARY) + " " + path("run.xml") + " > " +
+                                path("run.log") + " 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0) << readBytes(path("run.log"));
+    expectFile(path(file), false, grid);
+    expected_ += "field Materials 1\n";
+    for (std::uint64_t z = 0; z < 3; ++z)
+      for (std::uint64_t y = 0; y < 3; ++y)
+        for (std::uint64_t x = 0; x < 4; ++x) expected_ += number(1 + (x + y + z) % 2);
+    expected_ += "\n";
+    expectValues("Strain", legacy ? full : voigt, e, "1e-6");
+    if (packed) {
+      expectValues("Stress_XX", {0}, s, "1e-6");
+      expectValues("Stress_YZ", {3}, s, "1e-6");
+    } else {
+      expectValues("Stress", legacy ? full : voigt, s, "1e-6");
+    }
+  }
+  writeBytes(path("expected.txt"), expected_);
+  const std::string report = runPython("vtk_read_check.py", path("expected.txt"));
+  EXPECT_EQ(report.find("MISMATCH"), std::string::npos) << report;
+  EXPECT_NE(report.find("OK " + path("packed.vtk")), std::string::npos) << report;
 }
 
 TEST_F(VtkClient, OurReaderReadsVtkFiles) {

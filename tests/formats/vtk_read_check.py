@@ -2,7 +2,7 @@
 
 Usage: vtk_read_check.py EXPECTATIONS. The file holds blocks of lines:
     file PATH cell|point NX NY NZ OX OY OZ SX SY SZ   (voxels per axis, origin, spacing)
-    field NAME COMPONENTS
+    field NAME COMPONENTS [TOLERANCE]                (relative; exact without)
     VALUES...                                        (one line, x fastest, components adjacent)
 Prints a line per file; exits with 0 when all match, 1 on a mismatch, 2 without VTK.
 """
@@ -57,14 +57,14 @@ def check(head, fields):
     data = image.GetPointData() if point else image.GetCellData()
     if data.GetNumberOfArrays() != len(fields):
         return "%d arrays, expected %d" % (data.GetNumberOfArrays(), len(fields))
-    for name, components, values in fields:
+    for name, components, tolerance, values in fields:
         array = data.GetArray(name)
         if array is None or array.GetNumberOfComponents() != components:
             return "array %s missing or of other component count" % name
         if array.GetNumberOfValues() != len(values):
             return "array %s has %d values, expected %d" % (name, array.GetNumberOfValues(), len(values))
         for i, want in enumerate(values):
-            if array.GetValue(i) != want:
+            if abs(array.GetValue(i) - want) > tolerance * abs(want):
                 return "array %s value %d is %r, expected %r" % (name, i, array.GetValue(i), want)
     return None
 
@@ -77,7 +77,9 @@ for i, line in enumerate(lines):
     if words[0] == "file":
         blocks.append((words[1:], []))
     elif words[0] == "field":
-        blocks[-1][1].append((words[1], int(words[2]), [float(w) for w in lines[i + 1].split()]))
+        tolerance = float(words[3]) if len(words) > 3 else 0.0
+        blocks[-1][1].append((words[1], int(words[2]), tolerance,
+                              [float(w) for w in lines[i + 1].split()]))
 failed = False
 for head, fields in blocks:
     problem = check(head, fields)
