@@ -107,11 +107,11 @@ std::vector<double> perPoint(const ElasticityHyperelasticityImage& field,
 
 void addLoadIncrement(ElasticityHyperelasticityImage& E, const KeywordsElasticity& keywords,
                       int step, unsigned strainSlots) {
-  const std::array<double, 6> before = loadAt(keywords, keywords.timeOfStep(step));
-  const std::array<double, 6> after = loadAt(keywords, keywords.timeOfStep(step + 1));
+  std::vector<double> change;
+  keywords.macroscopicLoadIncrement(step, change);
   std::array<double, 6> increment{};
-  for (unsigned c = 0; c < 6; ++c)
-    increment[c] = (strainSlots & (1u << c)) ? after[c] - before[c] : 0.0;
+  for (unsigned c = 0; c < 6 && c < change.size(); ++c)
+    increment[c] = (strainSlots & (1u << c)) ? change[c] : 0.0;
   E.addConstantToPoints(perPoint(E, increment).data());
 }
 
