@@ -66,8 +66,8 @@ class RunSequence {
   void homogenize(int step);
   void writeEffectiveMatrices(int step, const std::array<LoadCaseRecord, 7>& records);
   void writeBounds(int step);
-  void finishLoadCases();
-  LoadCaseResponses loadCaseResponses() const;
+  void finishLoadCases(int step);
+  LoadCaseResponses loadCaseResponses(int step) const;
   void writeResultText(int step, const std::string& text);
   void finishRun();
   [[noreturn]] void stopAtMissingStep(const std::string& what);
@@ -79,11 +79,12 @@ class RunSequence {
   bool stepIsComplete(int step) const;
   bool canGoOnFrom(int step) const;
   void removeStepFiles(int fromStep) const;
+  void removeStaleLoadCaseFiles() const;
   bool isInputFile(const std::string& path) const;
   void readRestartState();
   void readPrimaryField(FFTImage& field, const std::string& fileName,
                         const std::string& fieldName) const;
-  void saveRestartState(int step) const;
+  void closeStepOutput(int step) const;
 
   std::vector<std::string> arguments_;
   std::string parameterPath_;

@@ -118,7 +118,8 @@ void RunSequence::runSteps() {
     writeStepOutput(i);
     homogenize(i);
     writeBounds(i);
-    finishLoadCases();
+    closeStepOutput(i);
+    finishLoadCases(i);
   }
 }
 
@@ -159,14 +160,12 @@ void RunSequence::writeStepOutput(int step) {
     ctx.geometry = geometry_.get();
     fields_->E->computeStress(*stress, ctx);
   }
-  // Every file of the step is closed before the lock goes: a run stopped after that point
-  // leaves complete files that a restart may go on from.
+  // The lock stays until the step's matrices and bounds are written and its state is stored
+  // (closeStepOutput): a run stopped before leaves a step that a restart does again.
   createOutputLock(outputDirectory_);
   if (kw.writeVtkOutput()) writeFields(step, strain, *stress);
   if (kw.averageStrainStress() || kw.averageSurfaceForces())
     writeAveragesOfStep(step, strain, *stress);
-  saveRestartState(step);
-  removeOutputLock(outputDirectory_);
 }
 
 void RunSequence::writeFields(int step, const FFTImage& strain, const FFTImage& stress) {

@@ -191,12 +191,14 @@ LoadCaseRecord LoadCaseResponses::read(int loadCase) const {
   return record;
 }
 
-void LoadCaseResponses::removeAll() const {
+bool LoadCaseResponses::removeAll() const {
   std::error_code ignored;
+  bool removed = false;
   for (int c = 0; c < 7; ++c) {
-    std::filesystem::remove(fieldFiles_[c], ignored);
-    std::filesystem::remove(markerFiles_[c], ignored);
+    removed = std::filesystem::remove(fieldFiles_[c], ignored) || removed;
+    removed = std::filesystem::remove(markerFiles_[c], ignored) || removed;
   }
+  return removed;
 }
 
 EffectiveMatrix measuredByEnergy(const std::array<LoadCaseRecord, 7>& records, unsigned mask,

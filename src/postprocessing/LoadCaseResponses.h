@@ -40,8 +40,8 @@ class LoadCaseResponses {
   void markFinished(int loadCase) const;
   // The record of a finished case, from its file.
   LoadCaseRecord read(int loadCase) const;
-  // Every case's file and marker; missing ones are passed over.
-  void removeAll() const;
+  // Every case's file and marker; missing ones are passed over. True when any was removed.
+  bool removeAll() const;
 
  private:
   std::array<std::string, 7> fieldFiles_;
