@@ -58,6 +58,7 @@ class RunSequence {
   void printMemoryEstimate();
   void makePlans();
   void runSteps();
+  int progressPartsPerStep() const;
   void selectReference(int step);
   void extrapolate(int step);
   void writeStepOutput(int step);

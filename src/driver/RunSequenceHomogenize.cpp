@@ -93,8 +93,11 @@ void RunSequence::homogenize(int step) {
   LoadCaseResponses responses = loadCaseResponses(step);
   const unsigned mask = kw.loadCaseMask();
   std::array<LoadCaseRecord, 7> records;
+  const int parts = progressPartsPerStep();
+  int part = step * parts;  // the step's own solve
   for (int c = 0; c <= kThermalLoadCase; ++c) {
     if (!kw.hasLoadCase(c)) continue;
+    ++part;
     if (responses.finished(c)) {
       records[c] = responses.read(c);
       continue;
@@ -103,7 +106,8 @@ void RunSequence::homogenize(int step) {
     std::fflush(stdout);
     timers_.solver.start();
     const NeumannResult result =
-        solver_->solveLoadCase(step, c, *fields_, reference_->lambda, reference_->mu, counters_);
+        solver_->solveLoadCase(step, c, *fields_, reference_->lambda, reference_->mu, counters_,
+                               part, kw.numberOfSteps() * parts);
     timers_.solver.stop();
     iterations_ += result.iterations;
     resetGraph();

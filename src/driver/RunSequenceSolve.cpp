@@ -98,9 +98,14 @@ void RunSequence::makePlans() {
   if (fields_->E_old != fields_->deltaE) *fields_->E_old = *fields_->E;
 }
 
+// The main progress bar counts the step's own solve and each of its load cases as one part
+// each, so that it moves evenly through a history with effective matrices.
+int RunSequence::progressPartsPerStep() const { return 1 + keywords_->numberOfLoadCases(); }
+
 void RunSequence::runSteps() {
   const KeyWordsLattora& kw = *keywords_;
   const int steps = kw.numberOfSteps();
+  const int parts = progressPartsPerStep();
   for (int i = firstStep_; i < steps; ++i) {
     counters_.matrixVectorProducts = 0;
     kw.printStepHeader(i);
@@ -109,8 +114,8 @@ void RunSequence::runSteps() {
     if (!kw.isZeroLoad() || needsThermal_) {
       timers_.solver.start();
       const NeumannResult result =
-          solver_->solveStep(i, *fields_, reference_->lambda, reference_->mu,
-                             counters_, i, steps);
+          solver_->solveStep(i, *fields_, reference_->lambda, reference_->mu, counters_,
+                             i * parts, steps * parts);
       timers_.solver.stop();
       iterations_ += result.iterations;
       resetGraph();
