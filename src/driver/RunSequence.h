@@ -16,6 +16,7 @@ namespace gridmoor {
 
 class Geometry;
 class KeyWordsLattora;
+class KeywordsElasticity;
 class MaterialElasticVector;
 class FFTImage;
 class IsotropicLinearElasticMaterial;
@@ -23,6 +24,15 @@ class LoadStepSolver;
 struct SolverFields;
 class LoadCaseResponses;
 struct LoadCaseRecord;
+
+// The materials' own stored state (input/MaterialData): with LoadState it is read at the start
+// from LoadStateFilename, with SaveState written at the end to SaveStateFilename, both names
+// taken in the output directory. Each store of each law with history has its own file; laws
+// without history store nothing.
+void loadMaterialState(const KeywordsElasticity& keywords, const MaterialElasticVector& materials,
+                       const Geometry& geometry, const std::string& outputDirectory);
+void saveMaterialState(const KeywordsElasticity& keywords, const MaterialElasticVector& materials,
+                       const Geometry& geometry, const std::string& outputDirectory);
 
 class RunSequence {
  public:

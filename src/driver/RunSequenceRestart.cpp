@@ -12,6 +12,7 @@
 #include "formats/RestartFiles.h"
 #include "formats/VtiReader.h"
 #include "input/KeyWordsLattora.h"
+#include "materials/MaterialVector.h"
 #include "operators/FFTImage.h"
 #include "postprocessing/LoadCaseResponses.h"
 #include "postprocessing/ResultFile.h"
@@ -39,6 +40,18 @@ std::string indexFileOf(const std::string& vtiName) {
 InternalVariables materialStateOfRun() { return InternalVariables(0, {}, 0, "InternalVariables"); }
 
 }  // namespace
+
+void loadMaterialState(const KeywordsElasticity& keywords, const MaterialElasticVector& materials,
+                       const Geometry& geometry, const std::string& outputDirectory) {
+  if (keywords.loadState())
+    materials.loadState(keywords, geometry, joinPath(outputDirectory, keywords.loadStateFilename()));
+}
+
+void saveMaterialState(const KeywordsElasticity& keywords, const MaterialElasticVector& materials,
+                       const Geometry& geometry, const std::string& outputDirectory) {
+  if (keywords.saveState())
+    materials.saveState(keywords, geometry, joinPath(outputDirectory, keywords.saveStateFilename()));
+}
 
 std::string RunSequence::fieldFileName(int step) const {
   return stepFileName(*keywords_, solutionFileName(*keywords_, outputDirectory_), step);

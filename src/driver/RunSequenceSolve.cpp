@@ -225,6 +225,7 @@ void RunSequence::finishRun() {
   const std::uint64_t realKB = realMemoryKB();
   if (fields_ && fields_->deltaE) fields_->deltaE->destroyPlansAndCleanupThreads();
   timers_.allocation.stop();
+  saveMaterialState(*keywords_, *materials_, *geometry_, outputDirectory_);
   timers_.total.stop();
   progress(100);
   RunReportFigures figures;
