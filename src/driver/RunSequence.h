@@ -121,6 +121,8 @@ class RunSequence {
   std::int64_t iterations_ = 0;
   // Resident size before the solver fields: the base of the report's memory estimate.
   std::uint64_t baselineKB_ = 0;
+  // What the plans, the threads and the Green operator added to it.
+  std::uint64_t planKB_ = 0;
   std::unique_ptr<SolverFields> fields_;
   std::unique_ptr<IsotropicLinearElasticMaterial> reference_;
   std::unique_ptr<LoadStepSolver> solver_;

@@ -83,6 +83,7 @@ void RunSequence::printMemoryEstimate() {
 
 void RunSequence::makePlans() {
   timers_.allocation.start();
+  const std::uint64_t beforePlansKB = realMemoryKB();
   const KeyWordsLattora& kw = *keywords_;
   threads_ = fields_->deltaE->initThreadsAndPlans(runThreadCount(kw.nThreads()), kw.plannerFlag());
   if (fields_->E != fields_->deltaE) fields_->E->createPlans(kw.plannerFlag());
@@ -95,6 +96,9 @@ void RunSequence::makePlans() {
     solver_ = std::make_unique<LoadStepSolver>(kw, *geometry_, *materials_, outputDirectory_,
                                                &timers_.total);
   timers_.referenceMaterial.stop();
+  // The fields are resident already: what grew is the plans, the threads and the operator.
+  const std::uint64_t afterPlansKB = realMemoryKB();
+  planKB_ = afterPlansKB > beforePlansKB ? afterPlansKB - beforePlansKB : 0;
   if (fields_->E_old != fields_->deltaE) *fields_->E_old = *fields_->E;
 }
 
@@ -238,6 +242,7 @@ void RunSequence::finishRun() {
   estimate.allLinear = allLinear_;
   estimate.pathIndependent = pathIndependent_;
   estimate.baselineKB = baselineKB_;
+  estimate.planKB = planKB_;
   figures.estimateKB = estimateMemoryKB(*keywords_, estimate);
   figures.realKB = realKB;
   figures.iterations = static_cast<int>(iterations_);

@@ -48,6 +48,10 @@ class LoadCaseResponses {
   std::array<std::string, 7> markerFiles_;
 };
 
+// Planes of the buffer in which record() reads the responses of earlier cases back, for a
+// field of `planes` planes of planeBytes each: as many as fit in 16 MiB, at least one.
+std::uint64_t responseReadBlockPlanes(std::uint64_t planes, std::uint64_t planeBytes);
+
 // The matrix the mechanical cases in mask measure, with unit loads of size increment: the
 // stiffness when the cases prescribe mean strains, the compliance when they prescribe mean
 // stresses. Entries of cases outside the mask stay 0.
