@@ -102,8 +102,8 @@ void RunSequence::makePlans() {
   if (fields_->E_old != fields_->deltaE) *fields_->E_old = *fields_->E;
 }
 
-// The main progress bar counts the step's own solve and each of its load cases as one part
-// each, so that it moves evenly through a history with effective matrices.
+// The main progress bar gives the step's own solve and each of its load cases one equal part,
+// so that it moves evenly through a history with effective matrices.
 int RunSequence::progressPartsPerStep() const { return 1 + keywords_->numberOfLoadCases(); }
 
 void RunSequence::runSteps() {
