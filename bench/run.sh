@@ -62,5 +62,8 @@ if [[ -n "${EFFECTIVE_SIZES:-$default_effective}" ]]; then
   BUILD="$BUILD" EFFECTIVE_SIZES="${EFFECTIVE_SIZES:-$default_effective}" bench/effective_stiffness.sh
 fi
 
+# The run report's memory estimate against the peak of the same runs, and of the example.
+BUILD="$BUILD" MEMORY_SIZES="${EFFECTIVE_SIZES:-$default_effective}" bench/memory_estimate.sh
+
 # The iterative methods: iterations against contrast, and the cost of a Krylov iteration.
 BUILD="$BUILD" bench/krylov.sh

@@ -67,8 +67,8 @@ std::string solutionFileName(const KeywordsElasticity& keywords, const std::stri
 namespace {
 
 std::string loadCaseFileName(const KeywordsElasticity& keywords, const std::string& directory,
-                             int loadCase, const std::string& extension) {
-  std::string name = solutionFileName(keywords, directory);
+                             int step, int loadCase, const std::string& extension) {
+  std::string name = stepFileName(keywords, solutionFileName(keywords, directory), step);
   const std::size_t dot = extensionDot(name);
   if (dot != std::string::npos) name.erase(dot);
   return name + loadCaseSuffix(loadCase) + extension;
@@ -77,13 +77,13 @@ std::string loadCaseFileName(const KeywordsElasticity& keywords, const std::stri
 }  // namespace
 
 std::string finishedFileName(const KeywordsElasticity& keywords, const std::string& directory,
-                             int loadCase) {
-  return loadCaseFileName(keywords, directory, loadCase, ".finished");
+                             int step, int loadCase) {
+  return loadCaseFileName(keywords, directory, step, loadCase, ".finished");
 }
 
 std::string loadCaseResponseFileName(const KeywordsElasticity& keywords,
-                                     const std::string& directory, int loadCase) {
-  return loadCaseFileName(keywords, directory, loadCase, ".response");
+                                     const std::string& directory, int step, int loadCase) {
+  return loadCaseFileName(keywords, directory, step, loadCase, ".response");
 }
 
 }  // namespace gridmoor

@@ -32,14 +32,16 @@ const std::string& loadCaseSuffix(int loadCase);
 // output directory, without step number.
 std::string solutionFileName(const KeywordsElasticity& keywords, const std::string& directory);
 
-// The empty marker that says load case loadCase of the current step finished: the solution
-// file's name without extension, the case suffix, ".finished".
+// The empty marker that says load case loadCase of step `step` (zero-based) finished: the
+// name of the step's solution file (stepFileName) without extension, the case suffix,
+// ".finished". The solution file's name, not the restart file's, is the base, so that a run
+// that stores no restart state still has markers; its step number ties them to their step.
 std::string finishedFileName(const KeywordsElasticity& keywords, const std::string& directory,
-                             int loadCase);
+                             int step, int loadCase);
 
-// The temporary binary file in which a finished load case of the current step keeps its
-// response until the step's matrices are formed: like the marker, ending in ".response".
+// The temporary binary file in which a finished load case of a step keeps its response until
+// the step's matrices are formed: like the marker, ending in ".response".
 std::string loadCaseResponseFileName(const KeywordsElasticity& keywords,
-                                     const std::string& directory, int loadCase);
+                                     const std::string& directory, int step, int loadCase);
 
 }  // namespace gridmoor

@@ -26,18 +26,32 @@ void stopRedirectors() {
   stderrRedirector.stop();
 }
 
-void exitHandler() {
-  stopRedirectors();
+void removeErrorFileWhenEmpty() {
   struct stat info;
   if (!errorFilePath.empty() && ::stat(errorFilePath.c_str(), &info) == 0 && info.st_size == 0)
-    std::remove(errorFilePath.c_str());
+    ::unlink(errorFilePath.c_str());
+}
+
+void exitHandler() {
+  stopRedirectors();
+  removeErrorFileWhenEmpty();
   // A normal end would finalize the message-passing layer here; a single-process build has
   // nothing to finalize, so runFinished only records the kind of end.
   (void)runFinished;
 }
 
-// SIGINT and SIGTERM end the run through exit(), so the exit handler saves the error file.
-void terminationHandler(int) { std::exit(1); }
+// SIGINT and SIGTERM end the run with status 1 after what the exit handler does, but not
+// through exit(): the signal may come while this thread holds a lock of the allocator or of
+// a stream, and the handlers and destructors that exit() runs would wait for it for ever.
+// Only calls that are safe at any point are made: the pipes are drained into the log files,
+// an empty error file is removed, and _exit ends the process. Standard output is line
+// buffered, so no more than a line being written can be lost.
+void terminationHandler(int) {
+  stdoutRedirector.drain();
+  stderrRedirector.drain();
+  removeErrorFileWhenEmpty();
+  ::_exit(1);
+}
 
 void crashHandler(int) {
   stopRedirectors();
@@ -61,8 +75,11 @@ void redirectStandardStreams(const std::string& stdoutPath, const std::string& s
   const bool errOpen = stderrRedirector.open(stderrPath);
   stdoutRedirector.start();
   stderrRedirector.start();
-  // A pipe makes stdio buffer fully; the host reads the log while the run goes on.
-  std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  // A pipe makes stdio buffer fully; the host reads the log while the run goes on, and a
+  // termination signal loses no finished line. The buffer is given: without one, a stream
+  // that was written to before keeps buffering fully.
+  static char lineBuffer[BUFSIZ];
+  std::setvbuf(stdout, lineBuffer, _IOLBF, sizeof lineBuffer);
   if (!outOpen) std::fprintf(stderr, "Could not open the file %s for writing\n", stdoutPath.c_str());
   if (!errOpen) {
     errorFilePath.clear();

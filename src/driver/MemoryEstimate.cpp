@@ -1,9 +1,11 @@
 #include "driver/MemoryEstimate.h"
 
+#include <algorithm>
 #include <map>
 #include <string>
 
 #include "input/KeywordsElasticity.h"
+#include "postprocessing/LoadCaseResponses.h"
 
 namespace gridmoor {
 
@@ -23,15 +25,25 @@ bool usesTwinFields(const KeywordsElasticity& kw) {
          !(kw.alpha() == 2.0 && kw.beta() == -2.0);
 }
 
+// E_old is a field of its own, not deltaE.
+bool separateOldField(const KeywordsElasticity& kw, const MemoryEstimateInputs& in) {
+  const bool sequence = kw.numberOfSteps() >= 2 || kw.numberOfLoadCases() > 0;
+  const bool extrapolatesFromLoad =
+      in.pathIndependent && kw.extrapolation() != ExtrapolationType::AffinLinear;
+  return sequence && !extrapolatesFromLoad;
+}
+
+std::uint64_t paddedThird(const MemoryEstimateInputs& in) { return 2 * (in.grid[2] / 2 + 1); }
+
+std::uint64_t fieldBytes(const MemoryEstimateInputs& in) {
+  return in.valuesPerVoxel * in.grid[0] * in.grid[1] * paddedThird(in) * 8;
+}
+
 }  // namespace
 
 std::uint64_t solverFieldCount(const KeywordsElasticity& kw, const MemoryEstimateInputs& in) {
   std::uint64_t fields = 1;  // deltaE
-  const bool sequence = kw.numberOfSteps() >= 2 || kw.numberOfLoadCases() > 0;
-  const bool extrapolatesFromLoad =
-      in.pathIndependent && kw.extrapolation() != ExtrapolationType::AffinLinear;
-  const bool separateOld = sequence && !extrapolatesFromLoad;
-  if (separateOld) ++fields;  // E_old
+  if (separateOldField(kw, in)) ++fields;  // E_old
   if (kw.linearizeWithNR()) ++fields;               // E
   // A method word outside the table never reaches the solve (the run refuses it), so it
   // adds no fields.
@@ -47,18 +59,30 @@ std::uint64_t solverFieldCount(const KeywordsElasticity& kw, const MemoryEstimat
   if (usesTwinFields(kw)) fields *= 2;
   const std::string norm = kw.convergenceNorm();
   if (norm == "Divergence" || norm == "SimpleAndDivergence") ++fields;
-  // The dual field is computed beside the solution for output and averages; the
-  // homogenization keeps the converged state in a copy while the load cases run, when no
-  // E_old can hold it and later steps start from it.
-  if (kw.writeVtkOutput() || kw.averageStrainStress() || kw.averageSurfaceForces()) ++fields;
-  if (kw.writeEffectiveMatrix() && !separateOld && kw.numberOfSteps() >= 2) ++fields;
   return fields;
 }
 
+std::uint64_t postprocessingBytes(const KeywordsElasticity& kw, const MemoryEstimateInputs& in) {
+  const std::uint64_t field = fieldBytes(in);
+  const std::uint64_t output =
+      kw.writeVtkOutput() || kw.averageStrainStress() || kw.averageSurfaceForces() ? field : 0;
+  if (!kw.writeEffectiveMatrix()) return output;
+  // The dual field of each load case, and the step's solution kept in a copy while the cases
+  // run when no E_old can hold it and later steps start from it.
+  std::uint64_t homogenization = field;
+  if (!separateOldField(kw, in) && kw.numberOfSteps() >= 2) homogenization += field;
+  // A case reads back the responses of the earlier mechanical cases.
+  if (kw.numberOfMechanicalLoadCases() >= 2) {
+    const std::uint64_t planeBytes = in.valuesPerVoxel * in.grid[1] * paddedThird(in) * 8;
+    homogenization += responseReadBlockPlanes(in.grid[0], planeBytes) * planeBytes;
+  }
+  return std::max(output, homogenization);
+}
+
 std::uint64_t estimateMemoryKB(const KeywordsElasticity& kw, const MemoryEstimateInputs& in) {
-  const std::uint64_t paddedThird = 2 * (in.grid[2] / 2 + 1);
-  const std::uint64_t fieldBytes = in.valuesPerVoxel * in.grid[0] * in.grid[1] * paddedThird * 8;
-  return in.baselineKB + ((solverFieldCount(kw, in) * fieldBytes) >> 10);
+  const std::uint64_t bytes =
+      solverFieldCount(kw, in) * fieldBytes(in) + postprocessingBytes(kw, in);
+  return in.baselineKB + in.planKB + (bytes >> 10);
 }
 
 }  // namespace gridmoor

@@ -194,6 +194,8 @@ void RunSequence::readOrientation() {
   timers_.materials.stop();
   timers_.internalVariables.start();
   materials_->initInternalVariables(kw, *geometry_);
+  // An estimate reads no state file.
+  if (!estimateOnly_) loadMaterialState(kw, *materials_, *geometry_, outputDirectory_);
   timers_.internalVariables.stop();
 }
 

@@ -16,6 +16,7 @@ namespace gridmoor {
 
 class Geometry;
 class KeyWordsLattora;
+class KeywordsElasticity;
 class MaterialElasticVector;
 class FFTImage;
 class IsotropicLinearElasticMaterial;
@@ -23,6 +24,15 @@ class LoadStepSolver;
 struct SolverFields;
 class LoadCaseResponses;
 struct LoadCaseRecord;
+
+// The materials' own stored state (input/MaterialData): with LoadState it is read at the start
+// from LoadStateFilename, with SaveState written at the end to SaveStateFilename, both names
+// taken in the output directory. Each store of each law with history has its own file; laws
+// without history store nothing.
+void loadMaterialState(const KeywordsElasticity& keywords, const MaterialElasticVector& materials,
+                       const Geometry& geometry, const std::string& outputDirectory);
+void saveMaterialState(const KeywordsElasticity& keywords, const MaterialElasticVector& materials,
+                       const Geometry& geometry, const std::string& outputDirectory);
 
 class RunSequence {
  public:
@@ -59,6 +69,7 @@ class RunSequence {
   void makePlans();
   void runSteps();
   void closeLastStep(int step);
+  int progressPartsPerStep() const;
   void selectReference(int step);
   void extrapolate(int step);
   StepContext outputContext(int step) const;
@@ -73,8 +84,8 @@ class RunSequence {
   void homogenize(int step);
   void writeEffectiveMatrices(int step, const std::array<LoadCaseRecord, 7>& records);
   void writeBounds(int step);
-  void finishLoadCases();
-  LoadCaseResponses loadCaseResponses() const;
+  void finishLoadCases(int step);
+  LoadCaseResponses loadCaseResponses(int step) const;
   void writeResultText(int step, const std::string& text);
   void finishRun();
   [[noreturn]] void stopAtMissingStep(const std::string& what);
@@ -86,11 +97,12 @@ class RunSequence {
   bool stepIsComplete(int step) const;
   bool canGoOnFrom(int step) const;
   void removeStepFiles(int fromStep) const;
+  void removeStaleLoadCaseFiles() const;
   bool isInputFile(const std::string& path) const;
   void readRestartState();
   void readPrimaryField(FFTImage& field, const std::string& fileName,
                         const std::string& fieldName) const;
-  void saveRestartState(int step) const;
+  void closeStepOutput(int step) const;
 
   std::vector<std::string> arguments_;
   std::string parameterPath_;
@@ -116,6 +128,8 @@ class RunSequence {
   std::int64_t iterations_ = 0;
   // Resident size before the solver fields: the base of the report's memory estimate.
   std::uint64_t baselineKB_ = 0;
+  // What the plans, the threads and the Green operator added to it.
+  std::uint64_t planKB_ = 0;
   std::unique_ptr<SolverFields> fields_;
   std::unique_ptr<IsotropicLinearElasticMaterial> reference_;
   std::unique_ptr<LoadStepSolver> solver_;

@@ -51,11 +51,11 @@ std::array<double, 6> product(const EffectiveMatrix& m, const std::array<double,
 
 }  // namespace
 
-LoadCaseResponses RunSequence::loadCaseResponses() const {
+LoadCaseResponses RunSequence::loadCaseResponses(int step) const {
   std::array<std::string, 7> fieldFiles, markers;
   for (int c = 0; c < 7; ++c) {
-    fieldFiles[c] = loadCaseResponseFileName(*keywords_, outputDirectory_, c);
-    markers[c] = finishedFileName(*keywords_, outputDirectory_, c);
+    fieldFiles[c] = loadCaseResponseFileName(*keywords_, outputDirectory_, step, c);
+    markers[c] = finishedFileName(*keywords_, outputDirectory_, step, c);
   }
   return LoadCaseResponses(fieldFiles, markers);
 }
@@ -90,11 +90,14 @@ void RunSequence::homogenize(int step) {
   FFTImage stress(field.nComponents, field.nFirst, field.nSecond, field.nThird, "Stress");
   timers_.temporaryFiles.stop();
 
-  LoadCaseResponses responses = loadCaseResponses();
+  LoadCaseResponses responses = loadCaseResponses(step);
   const unsigned mask = kw.loadCaseMask();
   std::array<LoadCaseRecord, 7> records;
+  const int parts = progressPartsPerStep();
+  int part = step * parts;  // the step's own solve
   for (int c = 0; c <= kThermalLoadCase; ++c) {
     if (!kw.hasLoadCase(c)) continue;
+    ++part;
     if (responses.finished(c)) {
       records[c] = responses.read(c);
       continue;
@@ -103,7 +106,8 @@ void RunSequence::homogenize(int step) {
     std::fflush(stdout);
     timers_.solver.start();
     const NeumannResult result =
-        solver_->solveLoadCase(step, c, *fields_, reference_->lambda, reference_->mu, counters_);
+        solver_->solveLoadCase(step, c, *fields_, reference_->lambda, reference_->mu, counters_,
+                               part, kw.numberOfSteps() * parts);
     timers_.solver.stop();
     iterations_ += result.iterations;
     resetGraph();
@@ -224,9 +228,9 @@ void RunSequence::writeBounds(int step) {
   timers_.bounds.stop();
 }
 
-// The markers and responses of a step's load cases live until the step's matrices are out.
-void RunSequence::finishLoadCases() {
-  if (keywords_->writeEffectiveMatrix()) loadCaseResponses().removeAll();
+// The markers and responses of a step's load cases live until the step is complete on disk.
+void RunSequence::finishLoadCases(int step) {
+  if (keywords_->writeEffectiveMatrix()) loadCaseResponses(step).removeAll();
 }
 
 }  // namespace gridmoor

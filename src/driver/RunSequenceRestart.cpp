@@ -12,7 +12,9 @@
 #include "formats/RestartFiles.h"
 #include "formats/VtiReader.h"
 #include "input/KeyWordsLattora.h"
+#include "materials/MaterialVector.h"
 #include "operators/FFTImage.h"
+#include "postprocessing/LoadCaseResponses.h"
 #include "postprocessing/ResultFile.h"
 #include "solvers/LoadStepSolver.h"
 
@@ -39,6 +41,18 @@ InternalVariables materialStateOfRun() { return InternalVariables(0, {}, 0, "Int
 
 }  // namespace
 
+void loadMaterialState(const KeywordsElasticity& keywords, const MaterialElasticVector& materials,
+                       const Geometry& geometry, const std::string& outputDirectory) {
+  if (keywords.loadState())
+    materials.loadState(keywords, geometry, joinPath(outputDirectory, keywords.loadStateFilename()));
+}
+
+void saveMaterialState(const KeywordsElasticity& keywords, const MaterialElasticVector& materials,
+                       const Geometry& geometry, const std::string& outputDirectory) {
+  if (keywords.saveState())
+    materials.saveState(keywords, geometry, joinPath(outputDirectory, keywords.saveStateFilename()));
+}
+
 std::string RunSequence::fieldFileName(int step) const {
   return stepFileName(*keywords_, solutionFileName(*keywords_, outputDirectory_), step);
 }
@@ -61,8 +75,8 @@ std::vector<std::string> RunSequence::stepFiles(int step) const {
   return files;
 }
 
-// The state is stored last, inside the output lock: with the lock gone, a stored state says
-// that every file of its step is complete.
+// The state is stored last, after the step's matrices and bounds and inside the output lock:
+// with the lock gone, a stored state says that every file of its step is complete.
 bool RunSequence::stepIsComplete(int step) const {
   const std::string field = fieldFileName(step);
   const bool fieldOnDisk =
@@ -115,6 +129,19 @@ void RunSequence::removeStepFiles(int fromStep) const {
   }
 }
 
+// Markers and responses of load cases belong to one attempt at one step: only a restart that
+// goes on with that very step may take them (its cases finished before the stop are not solved
+// again). All others, from any step and also past the end of this history, come from another
+// run or another input and are removed.
+void RunSequence::removeStaleLoadCaseFiles() const {
+  const int steps = keywords_->numberOfSteps();
+  const int resumed = restart_ ? firstStep_ : -1;
+  for (int step = 0;; ++step) {
+    const bool removed = step != resumed && loadCaseResponses(step).removeAll();
+    if (step >= steps - 1 && step != resumed && !removed) break;
+  }
+}
+
 // The scan for the step to go on from. It walks the steps upwards from 0 and stops at the
 // first one that is not complete, so that files of later steps, left by an older run, are
 // never used. A lock left behind says that the output of some step was cut: when the first
@@ -138,6 +165,7 @@ void RunSequence::findRestartStep() {
   restart_ = found > 0 && found < steps && canGoOnFrom(found - 1);
   firstStep_ = restart_ ? found : 0;
   removeStepFiles(firstStep_);
+  removeStaleLoadCaseFiles();
   removeOutputLock(outputDirectory_);
   if (restart_)
     std::printf("Restart: the load history goes on at step %d of %d from the state %s\n",
@@ -179,8 +207,11 @@ void RunSequence::readRestartState() {
   state.load(stateFileName(firstStep_ - 1));
 }
 
-void RunSequence::saveRestartState(int step) const {
+// The end of a step's output: its stored state, the mark of a complete step, goes last, and
+// then the lock.
+void RunSequence::closeStepOutput(int step) const {
   if (savesStates_) materialStateOfRun().save(stateFileName(step));
+  removeOutputLock(outputDirectory_);
 }
 
 }  // namespace gridmoor

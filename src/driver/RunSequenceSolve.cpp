@@ -45,8 +45,9 @@ void RunSequence::decideSolve() {
     needsThermal_ = false;
   } else if (kw.problemFormulation() != "Strain") {
     stopAtMissingStep("the " + kw.problemFormulation() + " formulation");
-  } else {
+  } else if (!estimateOnly_) {
     // Before any field is allocated: MINRES and LSQR belong to the effective-matrix load cases.
+    // An estimate solves nothing; it has its own rule on the method word.
     requireMethodAvailable(kw.iterativeMethod(), kw.writeEffectiveMatrix());
   }
   switchToVariationalScheme(kw, *materials_, *geometry_);
@@ -68,12 +69,17 @@ void RunSequence::allocateFields() {
 }
 
 void RunSequence::printMemoryEstimate() {
+  // The estimate knows the methods of every solve; MINRES and LSQR solve only load cases.
+  const std::string& method = keywords_->iterativeMethod();
+  if (method != "NeumannSeries" && method != "CG" && method != "slowCG" && method != "BiCGSTAB")
+    fatal("Unknown iterative method " + method);
   std::printf("###EstimatedMemoryRequirement### %" PRIu64 " KB\n", allocatedBytes >> 10);
-  std::printf("Currently occupying %" PRIu64 " KB\n", realMemoryKB());
+  std::printf("Currently occupying %" PRIu64 "\n", realMemoryKB());
 }
 
 void RunSequence::makePlans() {
   timers_.allocation.start();
+  const std::uint64_t beforePlansKB = realMemoryKB();
   const KeyWordsLattora& kw = *keywords_;
   threads_ = fields_->deltaE->initThreadsAndPlans(runThreadCount(kw.nThreads()), kw.plannerFlag());
   if (fields_->E != fields_->deltaE) fields_->E->createPlans(kw.plannerFlag());
@@ -86,12 +92,20 @@ void RunSequence::makePlans() {
     solver_ = std::make_unique<LoadStepSolver>(kw, *geometry_, *materials_, outputDirectory_,
                                                &timers_.total);
   timers_.referenceMaterial.stop();
+  // The fields are resident already: what grew is the plans, the threads and the operator.
+  const std::uint64_t afterPlansKB = realMemoryKB();
+  planKB_ = afterPlansKB > beforePlansKB ? afterPlansKB - beforePlansKB : 0;
   if (fields_->E_old != fields_->deltaE) *fields_->E_old = *fields_->E;
 }
+
+// The main progress bar gives the step's own solve and each of its load cases one equal part,
+// so that it moves evenly through a history with effective matrices.
+int RunSequence::progressPartsPerStep() const { return 1 + keywords_->numberOfLoadCases(); }
 
 void RunSequence::runSteps() {
   const KeyWordsLattora& kw = *keywords_;
   const int steps = kw.numberOfSteps();
+  const int parts = progressPartsPerStep();
   for (int i = firstStep_; i < steps; ++i) {
     counters_.matrixVectorProducts = 0;
     kw.printStepHeader(i);
@@ -101,8 +115,8 @@ void RunSequence::runSteps() {
     if (!kw.isZeroLoad() || needsThermal_) {
       timers_.solver.start();
       const NeumannResult result =
-          solver_->solveStep(i, *fields_, reference_->lambda, reference_->mu,
-                             counters_, i, steps);
+          solver_->solveStep(i, *fields_, reference_->lambda, reference_->mu, counters_,
+                             i * parts, steps * parts);
       timers_.solver.stop();
       iterations_ += result.iterations;
       resetGraph();
@@ -110,9 +124,10 @@ void RunSequence::runSteps() {
     writeStepOutput(i);
     homogenize(i);
     writeBounds(i);
-    finishLoadCases();
-    // The main bar moves with the steps; a single step's bar follows its iterations.
-    if (steps > 1) progress(mainProgress(i + 1, steps));
+    closeStepOutput(i);
+    finishLoadCases(i);
+    // The main bar moves with the steps; a single solve's bar follows its iterations.
+    if (steps * parts > 1) progress(mainProgress((i + 1) * parts, steps * parts));
   }
 }
 
@@ -170,13 +185,11 @@ void RunSequence::writeStepOutput(int step) {
                                       field.nThird, field.getDualFieldName());
     field.computeStress(*dual, outputContext(step));
   }
-  // Every file of the step is closed before the lock goes: a run stopped after that point
-  // leaves complete files that a restart may go on from.
+  // The lock stays until the step's matrices and bounds are written and its state is stored
+  // (closeStepOutput): a run stopped before leaves a step that a restart does again.
   createOutputLock(outputDirectory_);
   if (kw.writeVtkOutput()) writeFields(fieldFileName(step), field, *dual);
   writeAveragesOfStep(step, field, dual.get());
-  saveRestartState(step);
-  removeOutputLock(outputDirectory_);
 }
 
 void RunSequence::writeFields(const std::string& fileName, const ElasticityHyperelasticityImage& field,
@@ -236,6 +249,7 @@ void RunSequence::finishRun() {
   const std::uint64_t realKB = realMemoryKB();
   if (fields_ && fields_->deltaE) fields_->deltaE->destroyPlansAndCleanupThreads();
   timers_.allocation.stop();
+  saveMaterialState(*keywords_, *materials_, *geometry_, outputDirectory_);
   timers_.total.stop();
   progress(100);
   RunReportFigures figures;
@@ -248,6 +262,7 @@ void RunSequence::finishRun() {
   estimate.allLinear = allLinear_;
   estimate.pathIndependent = pathIndependent_;
   estimate.baselineKB = baselineKB_;
+  estimate.planKB = planKB_;
   figures.estimateKB = estimateMemoryKB(*keywords_, estimate);
   figures.realKB = realKB;
   figures.iterations = static_cast<int>(iterations_);

@@ -60,14 +60,16 @@ void StreamRedirector::start() {
 // reads everything written before the stop and then sees the end of the pipe. This drains
 // the pipe completely instead of waiting a fixed time for it and losing a late tail.
 void StreamRedirector::stop() {
-  if (!active_) {
-    if (file_) {
-      std::fclose(file_);
-      file_ = nullptr;
-    }
-    return;
+  drain();
+  if (file_) {
+    std::fclose(file_);
+    file_ = nullptr;
   }
-  active_ = false;
+}
+
+// The exchange makes a drain that a signal interrupts, or that interrupts one, happen once.
+void StreamRedirector::drain() {
+  if (!active_.exchange(false)) return;
   ::dup2(savedFd_, fd_);
   ::close(writeEnd_);
   writeEnd_ = -1;
@@ -76,10 +78,6 @@ void StreamRedirector::stop() {
   readEnd_ = -1;
   ::close(savedFd_);
   savedFd_ = -1;
-  if (file_) {
-    std::fclose(file_);
-    file_ = nullptr;
-  }
 }
 
 void StreamRedirector::writeRaw(const char* data, size_t length) {

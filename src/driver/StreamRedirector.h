@@ -23,6 +23,9 @@ class StreamRedirector {
   void start();
   // Drains the pipe, restores the descriptor and closes the file.
   void stop();
+  // stop() without closing the file, with calls that a signal handler may make: the pump has
+  // flushed every chunk into the file already.
+  void drain();
   // Writes to the console around the pipe: the text reaches the host, not the file.
   void writeRaw(const char* data, size_t length);
   void writeRaw(const std::string& text) { writeRaw(text.data(), text.size()); }

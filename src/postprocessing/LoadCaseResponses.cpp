@@ -129,12 +129,11 @@ LoadCaseRecord LoadCaseResponses::record(int loadCase, unsigned earlierMask,
   // Products with the earlier cases: their strains come back from disk a block of planes at
   // a time, against the stress of this case in memory.
   const std::uint64_t bufferDoubles = strain.size();
-  const std::uint64_t blockPlanes =
-      std::max<std::uint64_t>(1, std::min<std::uint64_t>(planes, (std::uint64_t{16} << 20) /
-                                                                     std::max<std::uint64_t>(planeStride * 8, 1)));
-  std::vector<double> block(blockPlanes * planeStride);
+  const std::uint64_t blockPlanes = responseReadBlockPlanes(planes, planeStride * 8);
+  std::vector<double> block;
   for (int i = 0; i < loadCase; ++i) {
     if (!(earlierMask & (1u << i))) continue;
+    block.resize(blockPlanes * planeStride);
     LoadCaseRecord ignored;
     std::uint64_t doubles = 0;
     if (!readHeader(fieldFiles_[i], ignored, doubles) || doubles != bufferDoubles)
@@ -191,12 +190,19 @@ LoadCaseRecord LoadCaseResponses::read(int loadCase) const {
   return record;
 }
 
-void LoadCaseResponses::removeAll() const {
+bool LoadCaseResponses::removeAll() const {
   std::error_code ignored;
+  bool removed = false;
   for (int c = 0; c < 7; ++c) {
-    std::filesystem::remove(fieldFiles_[c], ignored);
-    std::filesystem::remove(markerFiles_[c], ignored);
+    removed = std::filesystem::remove(fieldFiles_[c], ignored) || removed;
+    removed = std::filesystem::remove(markerFiles_[c], ignored) || removed;
   }
+  return removed;
+}
+
+std::uint64_t responseReadBlockPlanes(std::uint64_t planes, std::uint64_t planeBytes) {
+  const std::uint64_t fitting = (std::uint64_t{16} << 20) / std::max<std::uint64_t>(planeBytes, 1);
+  return std::max<std::uint64_t>(1, std::min(planes, fitting));
 }
 
 EffectiveMatrix measuredByEnergy(const std::array<LoadCaseRecord, 7>& records, unsigned mask,

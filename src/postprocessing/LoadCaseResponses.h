@@ -40,13 +40,17 @@ class LoadCaseResponses {
   void markFinished(int loadCase) const;
   // The record of a finished case, from its file.
   LoadCaseRecord read(int loadCase) const;
-  // Every case's file and marker; missing ones are passed over.
-  void removeAll() const;
+  // Every case's file and marker; missing ones are passed over. True when any was removed.
+  bool removeAll() const;
 
  private:
   std::array<std::string, 7> fieldFiles_;
   std::array<std::string, 7> markerFiles_;
 };
+
+// Planes of the buffer in which record() reads the responses of earlier cases back, for a
+// field of `planes` planes of planeBytes each: as many as fit in 16 MiB, at least one.
+std::uint64_t responseReadBlockPlanes(std::uint64_t planes, std::uint64_t planeBytes);
 
 // The matrix the mechanical cases in mask measure, with unit loads of size increment: the
 // stiffness when the cases prescribe mean strains, the compliance when they prescribe mean

@@ -194,12 +194,14 @@ StepContext LoadStepSolver::loadCaseContext(int loadCase, double lambda0, double
 }
 
 NeumannResult LoadStepSolver::solveLoadCase(int /*step*/, int loadCase, SolverFields& fields,
-                                            double lambda0, double mu0, SolverCounters& counters) {
+                                            double lambda0, double mu0, SolverCounters& counters,
+                                            int doneSteps, int totalSteps) {
   if (routineSet_ == RoutineSet::NewtonRaphson)
     fatal("Newton-Raphson iterations are not available yet");
   const StepContext ctx = loadCaseContext(loadCase, lambda0, mu0);
   // Step index 0: each case starts from its own mean, not from the step's field.
-  return runMethod(fields, ctx, loadCaseLoad(keywords_, loadCase), 0, true, counters, 0, 1);
+  return runMethod(fields, ctx, loadCaseLoad(keywords_, loadCase), 0, true, counters, doneSteps,
+                   totalSteps);
 }
 
 NeumannResult LoadStepSolver::runMethod(SolverFields& fields, const StepContext& ctx,

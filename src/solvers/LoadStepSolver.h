@@ -62,9 +62,11 @@ class LoadStepSolver {
                           SolverCounters& counters, int doneSteps, int totalSteps);
 
   // Solves homogenization load case loadCase of step `step` in place on fields.deltaE: the
-  // response to the load case's increment alone (see loadCaseContext).
+  // response to the load case's increment alone (see loadCaseContext). doneSteps and
+  // totalSteps place the solve on the main progress bar, as for solveStep.
   NeumannResult solveLoadCase(int step, int loadCase, SolverFields& fields, double lambda0,
-                              double mu0, SolverCounters& counters);
+                              double mu0, SolverCounters& counters, int doneSteps,
+                              int totalSteps);
   // The context in which load case loadCase is solved and its stress is evaluated.
   StepContext loadCaseContext(int loadCase, double lambda0, double mu0) const;
 

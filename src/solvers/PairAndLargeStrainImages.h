@@ -37,6 +37,12 @@ class EigenstrainImage : public PolarizationEigenstrainImage {
  public:
   using PolarizationEigenstrainImage::PolarizationEigenstrainImage;
   std::string getPrimaryFieldName() const override { return "Eigenstrain"; }
+  // Dual to the polarization field: the names of its matrices are swapped the same way as
+  // those of the stress field.
+  std::string getStiffnessName() const override { return "Compliance"; }
+  std::string getComplianceName() const override { return "Stiffness"; }
+  std::string getThermalStressName() const override { return "ThermalExpansion"; }
+  std::string getThermalExpansionName() const override { return "ThermalStress"; }
 };
 
 // Nine components per point: the deformation gradient.

@@ -60,6 +60,12 @@ class StressImage : public StrainStressImage {
 
   std::string getPrimaryFieldName() const override { return "Stress"; }
   std::string getDualFieldName() const override { return "Strain"; }
+  // The stress field measures strains under unit stresses: its first matrix is a compliance,
+  // and its thermal response at zero mean stress is the expansion.
+  std::string getStiffnessName() const override { return "Compliance"; }
+  std::string getComplianceName() const override { return "Stiffness"; }
+  std::string getThermalStressName() const override { return "ThermalExpansion"; }
+  std::string getThermalExpansionName() const override { return "ThermalStress"; }
   void computeStress(FFTImage& out, const StepContext& ctx) const override;
   void setInitialCondition(const MacroscopicLoad& load, const StepContext& ctx) override;
   double getStressNormSquared(const StepContext& ctx) const override;

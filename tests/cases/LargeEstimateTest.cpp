@@ -53,9 +53,11 @@ std::uint64_t machineMemoryKB() {
   return 0;
 }
 
-std::uint64_t numberAfter(const std::string& text, const std::string& label) {
+// The number of the line "label N" + unit; 0 when there is no such line.
+std::uint64_t numberAfter(const std::string& text, const std::string& label,
+                          const std::string& unit) {
   std::smatch match;
-  if (!std::regex_search(text, match, std::regex(label + " ?([0-9]+) KB"))) return 0;
+  if (!std::regex_search(text, match, std::regex(label + " ([0-9]+)" + unit + "\n"))) return 0;
   return std::stoull(match[1].str());
 }
 
@@ -76,8 +78,8 @@ TEST(LargeEstimate, GridBeyondTheMachineIsCountedNotAllocated) {
   std::ifstream log(work / "stdout.txt");
   std::stringstream text;
   text << log.rdbuf();
-  const std::uint64_t estimate = numberAfter(text.str(), "###EstimatedMemoryRequirement###");
-  const std::uint64_t occupied = numberAfter(text.str(), "Currently occupying");
+  const std::uint64_t estimate = numberAfter(text.str(), "###EstimatedMemoryRequirement###", " KB");
+  const std::uint64_t occupied = numberAfter(text.str(), "Currently occupying", "");
   // 2^30 voxels of six doubles: 48 GiB for the strain field alone.
   EXPECT_GT(estimate, machineMemoryKB());
   EXPECT_GT(estimate, std::uint64_t{48} << 20);

@@ -1,5 +1,6 @@
 // The report's memory estimate counts the fields the run really allocates: its field count
-// must follow the field table for every method and load history.
+// must follow the field table for every method and load history, and the scratch fields and
+// buffers of output and homogenization come on top at their time.
 #include <gtest/gtest.h>
 
 #include <set>
@@ -50,18 +51,37 @@ TEST(MemoryEstimate, FieldCountFollowsTheAllocatedTable) {
   }
 }
 
-TEST(MemoryEstimate, BytesAreTheFieldsOverTheResidentBase) {
+TEST(MemoryEstimate, BytesAreTheFieldsAndTheLargerLaterNeedOverBaseAndPlans) {
   KeywordsElasticity k;
   k.averageStrainStress.set(false);
   k.averageSurfaceForces.set(false);
   MemoryEstimateInputs in;
   in.grid = {64, 32, 30};
   in.baselineKB = 1000;
+  in.planKB = 24;
   // Rows of 30 values are padded to 32 for the in-place transform.
-  EXPECT_EQ(estimateMemoryKB(k, in), 1000u + 6 * 64 * 32 * 32 * 8 / 1024);
+  const std::uint64_t fieldKB = 6 * 64 * 32 * 32 * 8 / 1024;
+  EXPECT_EQ(estimateMemoryKB(k, in), 1024u + fieldKB);
   k.iterativeMethod.set("BiCGSTAB");
   in.valuesPerVoxel = 48;  // eight integration points
-  EXPECT_EQ(estimateMemoryKB(k, in), 1000u + 7 * 48 * 64 * 32 * 32 * 8 / 1024);
+  EXPECT_EQ(estimateMemoryKB(k, in), 1024u + 7 * 8 * fieldKB);
+
+  // Averages need the dual field for a while; the load cases need it too, and read the
+  // responses of the earlier cases back in a buffer of up to 16 MiB: here all 64 planes.
+  k.iterativeMethod.set("NeumannSeries");
+  in.valuesPerVoxel = 6;
+  k.averageStrainStress.set(true);
+  EXPECT_EQ(estimateMemoryKB(k, in), 1024u + 2 * fieldKB);
+  k.writeEffectiveMatrix.set(true);
+  k.computeAllLoadCases.set(true);
+  EXPECT_EQ(estimateMemoryKB(k, in), 1024u + 3 * fieldKB);
+  // Planes of 768 KiB: 21 of them fit in the buffer.
+  in.grid = {128, 128, 126};
+  EXPECT_EQ(estimateMemoryKB(k, in), 1024u + 2 * 128 * 768 + 21 * 768);
+  // One case reads nothing back.
+  k.computeAllLoadCases.set(false);
+  k.computeLoadCaseList.set({"1"});
+  EXPECT_EQ(estimateMemoryKB(k, in), 1024u + 2 * 128 * 768);
 }
 
 }  // namespace

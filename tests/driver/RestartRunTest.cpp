@@ -1,6 +1,7 @@
 // A load history stopped and started again, run by the gridmoor binary: the second run goes
 // on from the last complete step of the first and ends with the results of a run that never
-// stopped; an output lock left behind makes it do the cut step again.
+// stopped, also when the stop came inside the load cases of the effective matrices; an output
+// lock left behind makes it do the cut step again.
 #include <gtest/gtest.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -87,7 +88,8 @@ class RestartRun : public ::testing::Test {
     else std::cerr << "kept " << root_ << "\n";
   }
 
-  fs::path prepare(const std::string& name) {
+  // effective: three load cases of the effective matrices after every step.
+  fs::path prepare(const std::string& name, bool effective = false) {
     const fs::path dir = root_ / name;
     fs::create_directories(dir);
     GeneratorOptions options;
@@ -98,7 +100,16 @@ class RestartRun : public ::testing::Test {
     ColorImage image("geometry");
     generateGeometry(options, image);
     image.writeLdt(options.output);
-    std::ofstream(dir / "run.xml") << kParameters;
+    std::string parameters = kParameters;
+    if (effective) {
+      for (const auto& [from, to] : {std::pair<std::string, std::string>{
+                                          "<WriteEffectiveMatrix>0", "<WriteEffectiveMatrix>1"},
+                                      {"<ComputeLoadCaseList>1", "<ComputeLoadCaseList>1,2,3"},
+                                      {"<EquivalencePrinciple>Energy",
+                                       "<EquivalencePrinciple>EnergyAndStrain"}})
+        parameters.replace(parameters.find(from), from.size(), to);
+    }
+    std::ofstream(dir / "run.xml") << parameters;
     return dir;
   }
 
@@ -142,13 +153,29 @@ class RestartRun : public ::testing::Test {
     return pid < 0 ? -1 : finish(pid);
   }
 
-  // The one-based step numbers of the "Timestep = " lines a run printed.
-  std::vector<int> stepsRun(const fs::path& dir) const {
-    std::vector<int> steps;
+  // The numbers of the console lines "label N" of a run: the one-based steps of "Timestep = "
+  // or the load cases of "Loadcase = ".
+  std::vector<int> numbered(const fs::path& dir, const std::string& label) const {
+    std::vector<int> numbers;
     std::istringstream lines(readAll(console(dir)));
     for (std::string line; std::getline(lines, line);)
-      if (line.rfind("Timestep = ", 0) == 0) steps.push_back(std::stoi(line.substr(11)));
-    return steps;
+      if (line.rfind(label, 0) == 0) numbers.push_back(std::stoi(line.substr(label.size())));
+    return numbers;
+  }
+  std::vector<int> stepsRun(const fs::path& dir) const { return numbered(dir, "Timestep = "); }
+
+  // Starts a run in dir and stops it with SIGTERM once `file` exists there.
+  void stopWhenExists(const fs::path& dir, const std::string& file) {
+    const pid_t pid = start(dir);
+    ASSERT_GT(pid, 0);
+    const auto limit = Clock::now() + std::chrono::seconds(60);
+    int status = 0;
+    while (!fs::exists(dir / file) && Clock::now() < limit) {
+      ASSERT_NE(waitpid(pid, &status, WNOHANG), pid) << "the run ended before " << file;
+      std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+    kill(pid, SIGTERM);
+    ASSERT_EQ(finish(pid), 1) << "the run was not stopped by SIGTERM";
   }
 
   // The result files of every step hold the same words and the same numbers to the printed
@@ -184,23 +211,9 @@ TEST_F(RestartRun, StoppedRunGoesOnFromItsLastCompleteStepToTheSameResults) {
   ASSERT_EQ(stepsRun(whole), (std::vector<int>{1, 2, 3, 4, 5}));
 
   const fs::path cut = prepare("cut");
-  const pid_t pid = start(cut);
-  ASSERT_GT(pid, 0);
   // The result file of step 3 appears while that step writes its output: steps 1 and 2 are
   // complete on disk by then.
-  const auto limit = Clock::now() + std::chrono::seconds(60);
-  int status = 0;
-  bool ended = false;
-  while (!fs::exists(cut / resultName(3)) && Clock::now() < limit) {
-    if (waitpid(pid, &status, WNOHANG) == pid) {
-      ended = true;
-      break;
-    }
-    std::this_thread::sleep_for(std::chrono::microseconds(200));
-  }
-  ASSERT_FALSE(ended) << "the run ended before its third step";
-  kill(pid, SIGTERM);
-  ASSERT_EQ(finish(pid), 1) << "the run was not stopped by SIGTERM";
+  stopWhenExists(cut, resultName(3));
 
   ASSERT_EQ(run(cut), 0) << readAll(root_ / "cut.err");
   const std::vector<int> steps = stepsRun(cut);
@@ -212,6 +225,29 @@ TEST_F(RestartRun, StoppedRunGoesOnFromItsLastCompleteStepToTheSameResults) {
   // The number of matrix-vector products in the result files shows that each restarted step
   // began where the stopped run left off: a start from zero costs about ten more.
   expectSameResults(whole, cut);
+}
+
+TEST_F(RestartRun, StopInsideTheLoadCasesOfAStepGoesOnWithThatStepAndItsFinishedCases) {
+  const fs::path whole = prepare("whole", true);
+  ASSERT_EQ(run(whole), 0);
+
+  const fs::path cut = prepare("cut", true);
+  // The marker of the first case of step 3: the stop lands in that step's load cases.
+  stopWhenExists(cut, "fields_3_XX.finished");
+  ASSERT_TRUE(fs::exists(cut / "fields_3_XX.response"));
+
+  ASSERT_EQ(run(cut), 0) << readAll(root_ / "cut.err");
+  EXPECT_EQ(stepsRun(cut), (std::vector<int>{3, 4, 5}));
+  // Step 3 goes on after the cases that it finished before the stop; the later steps run
+  // all three.
+  const std::vector<int> cases = numbered(cut, "Loadcase = ");
+  ASSERT_FALSE(cases.empty());
+  EXPECT_GT(cases.front(), 1);
+  EXPECT_EQ(std::count(cases.begin(), cases.end(), 1), 2);
+  expectSameResults(whole, cut);
+  for (const fs::directory_entry& entry : fs::directory_iterator(cut))
+    EXPECT_TRUE(entry.path().extension() != ".finished" && entry.path().extension() != ".response")
+        << entry.path() << " was left behind";
 }
 
 TEST_F(RestartRun, LockLeftBehindRedoesTheLastStepAndAFinishedHistoryStartsAgain) {

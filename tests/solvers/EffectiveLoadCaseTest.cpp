@@ -54,7 +54,7 @@ CaseRun runCases(Problem& p, const Grid& g, unsigned cases, const std::string& n
   testing::internal::CaptureStdout();
   for (int c = 0; c < 7; ++c) {
     if (!(cases & (1u << c))) continue;
-    const NeumannResult r = solver.solveLoadCase(0, c, fields, l0, m0, counters);
+    const NeumannResult r = solver.solveLoadCase(0, c, fields, l0, m0, counters, 0, 1);
     EXPECT_FALSE(r.limitReached) << c;
     fields.deltaE->computeStress(stress, solver.loadCaseContext(c, l0, m0));
     const unsigned earlier = c < 6 ? cases & ((1u << c) - 1u) & 0x3Fu : 0u;

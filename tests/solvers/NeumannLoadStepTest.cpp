@@ -127,7 +127,9 @@ TEST(NeumannLoadStep, StartFieldOfTheNextStepByExtrapolationWord) {
           const double s0 = *sol0.elementPointer(k, x, 1, z);
           EXPECT_NEAR(*fields.E->elementPointer(k, x, 1, z), c.scale * s0 + c.shift * 0.4 * last[k],
                       1e-15);
-          if (c.keepsOld) EXPECT_EQ(*fields.E_old->elementPointer(k, x, 1, z), s0);
+          if (c.keepsOld) {
+            EXPECT_EQ(*fields.E_old->elementPointer(k, x, 1, z), s0);
+          }
         }
     const NeumannResult r = solver.solveStep(1, fields, p.ctx.reference.lambda0,
                                              p.ctx.reference.mu0, counters, 1, 3);

@@ -123,8 +123,19 @@ TEST(StrainImageNames, EachFormulationNamesItsFields) {
   EXPECT_EQ(large.getPrimaryFieldName(), "GreenLagrangeStrain");
   EXPECT_EQ(large.getDualFieldName(), "SecondPKStress");
   EXPECT_EQ(large.nComponents, 9u);
-  EXPECT_EQ(strain.getStiffnessName(), "Stiffness");
-  EXPECT_EQ(strain.getComplianceName(), "Compliance");
+  // The fields that measure compliances call their first matrix and thermal tensor so.
+  PolarizationImage polarization(one, IntegrationRule::empty(), 1, 1, 2, "P");
+  EigenstrainImage eigenstrain(one, IntegrationRule::empty(), 1, 1, 2, "Q");
+  using Field = const ElasticityHyperelasticityImage*;
+  for (Field f : std::initializer_list<Field>{&strain, &stress, &polarization, &eigenstrain}) {
+    const bool dual = f == static_cast<Field>(&stress) || f == static_cast<Field>(&eigenstrain);
+    EXPECT_EQ(f->getStiffnessName(), dual ? "Compliance" : "Stiffness") << f->getPrimaryFieldName();
+    EXPECT_EQ(f->getComplianceName(), dual ? "Stiffness" : "Compliance") << f->getPrimaryFieldName();
+    EXPECT_EQ(f->getThermalStressName(), dual ? "ThermalExpansion" : "ThermalStress")
+        << f->getPrimaryFieldName();
+    EXPECT_EQ(f->getThermalExpansionName(), dual ? "ThermalStress" : "ThermalExpansion")
+        << f->getPrimaryFieldName();
+  }
 }
 
 TEST(StrainImageNamesDeathTest, UnbuiltFormulationsEndTheRunWithOneLine) {
