@@ -293,28 +293,18 @@ TEST_F(LinearElasticLaw, MissingAnglesAndIsotropicLawsAreNotTurned) {
 }
 
 TEST_F(LinearElasticLaw, DifferenceInverseAgainstAnIsotropicReference) {
-  // dl + dm = 0 with an invertible difference: (lambda, mu) = (2, 1) against (1, 2).
-  IsotropicLinearElasticMaterial law("law", 2.0, 1.0);
-  IsotropicLinearElasticMaterial reference("reference", 1.0, 2.0);
   const auto differenceOf = [](const VoigtMatrix& p, const VoigtMatrix& q) {
     VoigtMatrix d = p;
     for (int i = 0; i < 36; ++i) d.m[i] -= q.m[i];
     return d;
   };
-  const VoigtMatrix difference = differenceOf(law.cVoigt, reference.cVoigt);
-  EXPECT_LT(distanceToIdentity(
-                multiply(law.getCVoigtMinusC0InverseOfVoxel(reference, 0, 0, 0, 0), difference)),
-            1e-12);
-  law.setReferenceMaterial(reference);
-  EXPECT_LT(distanceToIdentity(
-                multiply(law.getCVoigtMinusC0InverseOfVoxel(reference, 0, 0, 0, 0), difference)),
-            1e-12);
-
-  // Closed form, then cache, for random pairs; and the compliance difference.
+  // Closed form, then cache, and the compliance difference, for random pairs; the first pair
+  // has dl + dm = 0 with an invertible difference: (lambda, mu) = (2, 1) against (1, 2).
   std::uniform_real_distribution<double> modulus(0.5, 100.0);
   for (int trial = 0; trial < 20; ++trial) {
-    IsotropicLinearElasticMaterial a("a", modulus(rng), modulus(rng)),
-        b("b", modulus(rng), modulus(rng));
+    const double la = modulus(rng), ma = modulus(rng), lb = modulus(rng), mb = modulus(rng);
+    IsotropicLinearElasticMaterial a("a", trial ? la : 2.0, trial ? ma : 1.0),
+        b("b", trial ? lb : 1.0, trial ? mb : 2.0);
     const VoigtMatrix dc = differenceOf(a.cVoigt, b.cVoigt),
                       dd = differenceOf(a.cVoigtInverse, b.cVoigtInverse);
     EXPECT_LT(distanceToIdentity(multiply(a.getCVoigtMinusC0InverseOfVoxel(b, 0, 0, 0, 0), dc)),
@@ -324,14 +314,12 @@ TEST_F(LinearElasticLaw, DifferenceInverseAgainstAnIsotropicReference) {
               1e-9);
     EXPECT_LT(distanceToIdentity(multiply(a.getDVoigtMinusD0InverseOfVoxel(b, 0, 0, 0, 0), dd)),
               1e-9);
+    // A reference whose constants change after the cache was made is not answered from it.
+    b.setLameConstants(3.0, 2.0);
+    EXPECT_LT(distanceToIdentity(multiply(a.getCVoigtMinusC0InverseOfVoxel(b, 0, 0, 0, 0),
+                                          differenceOf(a.cVoigt, b.cVoigt))),
+              1e-9);
   }
-
-  // A reference whose constants change after the cache was made is not answered from it.
-  reference.setLameConstants(3.0, 2.0);
-  const VoigtMatrix changed = differenceOf(law.cVoigt, reference.cVoigt);
-  EXPECT_LT(distanceToIdentity(
-                multiply(law.getCVoigtMinusC0InverseOfVoxel(reference, 0, 0, 0, 0), changed)),
-            1e-12);
 }
 
 TEST_F(LinearElasticLaw, PolarizationAndEigenstrainOfARotatedLaw) {

@@ -1,5 +1,6 @@
 // Small mechanical laws for the interface and table tests: an isotropic stiffness and
-// capability answers that each test sets, plus a geometry built from a colour list.
+// capability answers that each test sets, a geometry built from a colour list, and the
+// pattern of an exact message line for death tests.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +15,16 @@
 #include "voxel/Geometry.h"
 
 namespace gridmoor::testing_laws {
+
+// Matches exactly this one line on standard error; messages are full of regex characters.
+inline std::string exactLine(const std::string& message) {
+  std::string pattern = "^";
+  for (char c : message) {
+    if (std::string(".^$|()[]{}*+?\\").find(c) != std::string::npos) pattern += '\\';
+    pattern += c;
+  }
+  return pattern + "\n$";
+}
 
 inline VoigtMatrix isotropicStiffness(double lambda, double mu) {
   VoigtMatrix c;
