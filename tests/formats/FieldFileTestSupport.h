@@ -1,5 +1,6 @@
-// Helpers of the field file tests: a scratch directory per test and images whose every
-// value tells its voxel and component, exactly representable as 32-bit floats.
+// Helpers of the field file tests: a scratch directory per test, images whose every value
+// tells its voxel and component (exactly representable as 32-bit floats), 32-bit words of
+// either byte order, and the standard output of a call.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <system_error>
@@ -75,6 +77,25 @@ inline Image<double> patternImage(std::uint64_t components, std::uint64_t nx, st
         for (std::uint64_t c = 0; c < components; ++c)
           *image.elementPointer(c, x, y, z) = patternValue(c, x, y, z);
   return image;
+}
+
+// A 32-bit word as four bytes, and back from four bytes of s.
+inline std::string uint32Bytes(std::uint32_t v, bool big = false) {
+  std::string s(4, '\0');
+  for (int i = 0; i < 4; ++i) s[big ? 3 - i : i] = static_cast<char>(v >> (8 * i));
+  return s;
+}
+inline std::uint32_t uint32At(const std::string& s, std::size_t at, bool big = false) {
+  std::uint32_t v = 0;
+  for (int i = 0; i < 4; ++i)
+    v |= std::uint32_t(static_cast<unsigned char>(s.at(at + i))) << (8 * (big ? 3 - i : i));
+  return v;
+}
+
+inline std::string stdoutOf(const std::function<void()>& f) {
+  ::testing::internal::CaptureStdout();
+  f();
+  return ::testing::internal::GetCapturedStdout();
 }
 
 }  // namespace gridmoor::testing

@@ -5,37 +5,20 @@
 #include <cmath>
 #include <random>
 
+#include "../materials/LinearElasticTestSupport.h"
+
 namespace gridmoor {
 namespace {
 
-// Rotations built directly, independent of the conversion code.
-RotationMatrix rotation(int axis, double angle) {
-  const double c = std::cos(angle), s = std::sin(angle);
-  const int a = (axis + 1) % 3, b = (axis + 2) % 3;
-  RotationMatrix r{};
-  r[axis][axis] = 1.0;
-  r[a][a] = c;
-  r[a][b] = -s;
-  r[b][a] = s;
-  r[b][b] = c;
-  return r;
-}
+using linear_elastic_test::axisRotation;
+using linear_elastic_test::product;
+using linear_elastic_test::xzxRotation;
 
-RotationMatrix product(const RotationMatrix& p, const RotationMatrix& q) {
-  RotationMatrix r{};
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j)
-      for (int k = 0; k < 3; ++k) r[i][j] += p[i][k] * q[k][j];
-  return r;
-}
-
-constexpr int X = 0, Z = 2;
-
-// Rz(a) Rx(b) Rz(c) against Rx(t1) Rz(t2) Rx(t3) of the converted angles.
+// Rz(a) Rx(b) Rz(c), built independently of the conversion, against the converted angles.
 double conversionError(double a, double b, double c) {
   const EulerTriple t = convertZXZToXZX({a, b, c});
-  const RotationMatrix zxz = product(product(rotation(Z, a), rotation(X, b)), rotation(Z, c));
-  const RotationMatrix xzx = product(product(rotation(X, t[0]), rotation(Z, t[1])), rotation(X, t[2]));
+  const RotationMatrix zxz = product(product(axisRotation(2, a), axisRotation(0, b)), axisRotation(2, c));
+  const RotationMatrix xzx = xzxRotation(t[0], t[1], t[2]);
   double error = 0.0;
   for (int i = 0; i < 3; ++i)
     for (int j = 0; j < 3; ++j) error = std::max(error, std::abs(zxz[i][j] - xzx[i][j]));
