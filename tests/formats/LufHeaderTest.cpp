@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <sstream>
 
 #include "FieldFileTestSupport.h"
@@ -85,7 +84,6 @@ TEST_F(LufHeaderFiles, RoundTripLeavesStreamAtBinaryData) {
   EXPECT_FALSE(reader.truncated());
   EXPECT_EQ(reader.get("Ny"), "3");
   EXPECT_EQ(reader.get("Image1:Types"), "float,float,float");
-  EXPECT_EQ(lufElementSize(reader.get("Image1:Types"), std::atoi(reader.get("EntriesOfImages").c_str())), 4);
   char data[3] = {};
   reader.stream().read(data, 3);
   EXPECT_EQ(reader.stream().gcount(), 3);

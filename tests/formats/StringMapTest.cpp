@@ -8,6 +8,18 @@
 
 using gridmoor::StringMap;
 
+namespace {
+template <class F>
+std::string thrownText(F f) {
+  try {
+    f();
+  } catch (const std::exception& e) {
+    return e.what();
+  }
+  return "nothing thrown";
+}
+}  // namespace
+
 TEST(StringMap, PrefixStackAddressesNestedKeys) {
   StringMap map;
   map.set("Image1:Types", "float,float");
@@ -26,19 +38,9 @@ TEST(StringMap, PrefixStackAddressesNestedKeys) {
   map.pushPrefix("Y");
   EXPECT_EQ(map.prefix(), "X:Y:");
 
-  try {
-    map.pushPrefix("");
-    FAIL() << "empty push accepted";
-  } catch (const std::exception& e) {
-    EXPECT_STREQ(e.what(), "StringMap::pushPrefix(): Empty prefix!");
-  }
+  EXPECT_EQ(thrownText([&] { map.pushPrefix(""); }), "StringMap::pushPrefix(): Empty prefix!");
   map.setPrefix("");
-  try {
-    map.popPrefix();
-    FAIL() << "pop of an empty prefix accepted";
-  } catch (const std::exception& e) {
-    EXPECT_STREQ(e.what(), "StringMap::popPrefix(): Empty prefix!");
-  }
+  EXPECT_EQ(thrownText([&] { map.popPrefix(); }), "StringMap::popPrefix(): Empty prefix!");
 }
 
 TEST(StringMapDeathTest, BrokenPrefixInvariantAborts) {
@@ -65,12 +67,7 @@ TEST(StringMap, LookupOrderRemoveAndMissingKeys) {
   EXPECT_EQ(map.get("b"), nullptr);
 
   map.setThrowOnMissing(true);
-  try {
-    map.get("missing");
-    FAIL() << "no exception";
-  } catch (const StringMap::KeyNotFound& e) {
-    EXPECT_STREQ(e.what(), "Key missing not found!");
-  }
+  EXPECT_EQ(thrownText([&] { map.get("missing"); }), "Key missing not found!");
   EXPECT_THROW(map.get<double>("missing"), StringMap::KeyNotFound);
   EXPECT_EQ(map.get("missing", 7), 7);  // a default never throws
 }
@@ -142,7 +139,6 @@ TEST(StringMap, WriteReadRoundTripAndTextForms) {
   std::istringstream in(out.str());
   back.read(in, false);
   EXPECT_EQ(back.getEntries(), map.getEntries());
-
 }
 
 TEST(StringMap, CopyWithPrefixSelectsAndStrips) {

@@ -164,11 +164,7 @@ TEST_F(VtiFiles, DamagedFilesEndTheRunWithAMessage) {
   // Overwritten bytes inside the second compressed block of the first array.
   std::string bytes = readBytes(path("damaged_z.vti"));
   const std::size_t data = bytes.find("raw\">_") + 6;
-  const auto word = [&](std::size_t at) {
-    std::uint32_t v = 0;
-    for (int i = 0; i < 4; ++i) v |= std::uint32_t(static_cast<unsigned char>(bytes[at + i])) << (8 * i);
-    return v;
-  };
+  const auto word = [&](std::size_t at) { return gridmoor::testing::uint32At(bytes, at); };
   const std::uint32_t blocks = word(data);
   ASSERT_EQ(blocks, 9u);
   ASSERT_GT(word(data + 16), 100u);

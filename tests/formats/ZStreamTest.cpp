@@ -12,24 +12,12 @@
 #include "FieldFileTestSupport.h"
 
 using namespace gridmoor;
+using gridmoor::testing::uint32At;
 
 namespace {
 
 const std::string marker = "<AppendedData encoding=\"raw\">_";
 const std::string trailer = "\n  </AppendedData>\n</VTKFile>\n";
-
-std::string word(std::uint32_t v, bool big) {
-  std::string s(4, '\0');
-  for (int i = 0; i < 4; ++i) s[big ? 3 - i : i] = static_cast<char>(v >> (8 * i));
-  return s;
-}
-
-std::uint32_t wordAt(const std::string& s, std::size_t at, bool big) {
-  std::uint32_t v = 0;
-  for (int i = 0; i < 4; ++i)
-    v |= std::uint32_t(static_cast<unsigned char>(s.at(at + i))) << (8 * (big ? 3 - i : i));
-  return v;
-}
 
 // The raw file of the arrays: a header with their raw offsets, then size word and bytes of each.
 std::string rawFile(const std::vector<std::string>& arrays, bool big) {
@@ -41,7 +29,7 @@ std::string rawFile(const std::vector<std::string>& arrays, bool big) {
     offset += 4 + static_cast<std::uint32_t>(a.size());
   }
   text += marker;
-  for (const std::string& a : arrays) text += word(static_cast<std::uint32_t>(a.size()), big) + a;
+  for (const std::string& a : arrays) text += gridmoor::testing::uint32Bytes(static_cast<std::uint32_t>(a.size()), big) + a;
   return text + trailer;
 }
 
@@ -81,13 +69,13 @@ TEST_F(ZStreamFiles, BlockHeadersAndBlocksMatchZlibOfEachBlock) {
       attribute = packed.find("offset=\"", attribute) + 8;
       EXPECT_EQ(packed.substr(attribute, packed.find('"', attribute) - attribute),
                 std::to_string(at - base));
-      const std::uint32_t blocks = wordAt(packed, at, big);
+      const std::uint32_t blocks = uint32At(packed, at, big);
       ASSERT_EQ(blocks, (plain.size() + 32767) / 32768);
-      EXPECT_EQ(wordAt(packed, at + 4, big), 32768u);
-      EXPECT_EQ(wordAt(packed, at + 8, big), plain.size() % 32768 ? plain.size() % 32768 : 32768);
+      EXPECT_EQ(uint32At(packed, at + 4, big), 32768u);
+      EXPECT_EQ(uint32At(packed, at + 8, big), plain.size() % 32768 ? plain.size() % 32768 : 32768);
       std::size_t block = at + 12 + 4 * blocks;
       for (std::uint32_t b = 0; b < blocks; ++b) {
-        const std::uint32_t packedSize = wordAt(packed, at + 12 + 4 * b, big);
+        const std::uint32_t packedSize = uint32At(packed, at + 12 + 4 * b, big);
         const std::string expected = plain.substr(32768 * b, 32768);
         std::string got(expected.size(), '\0');
         uLongf gotSize = got.size();
