@@ -102,34 +102,24 @@ INSTANTIATE_TEST_SUITE_P(
              std::to_string(s.second) + "x" + std::to_string(s.third);
     });
 
-TEST(FFTImageRoundTripPlanning, MeasuredAndOutOfPlacePlansAgreeWithEstimated) {
+// The fallback must leave the spectrum where the in-place plan puts it (a round trip alone
+// would not see a consistent misplacement).
+TEST(FFTImageRoundTripPlanning, OutOfPlacePlansAgreeWithInPlacePlans) {
   const Shape s{3, 6, 5, 7};
-  FFTImage estimated(s.components, s.first, s.second, s.third, "estimated");
-  FFTImage measured(s.components, s.first, s.second, s.third, "measured");
+  FFTImage inPlace(s.components, s.first, s.second, s.third, "inPlace");
   OutOfPlaceImage outOfPlace(s.components, s.first, s.second, s.third, "outOfPlace");
-  estimated.createPlans("Estimate");
-  measured.createPlans("Measure");
+  inPlace.createPlans("Estimate");
   outOfPlace.planOutOfPlace();
   ASSERT_EQ(outOfPlace.outOfPlaceBuffer.size(), outOfPlace.size());
-
-  fillRandom(estimated, 11);
-  const std::vector<double> original(estimated.begin(), estimated.end());
-  std::copy(original.begin(), original.end(), measured.begin());
+  fillRandom(inPlace, 11);
+  const std::vector<double> original(inPlace.begin(), inPlace.end());
   std::copy(original.begin(), original.end(), outOfPlace.begin());
-  estimated.forwardTransform();
-  measured.forwardTransform();
+  inPlace.forwardTransform();
   outOfPlace.forwardTransform();
   // A spectrum fills the whole buffer, padding included.
-  for (Index n = 0; n < estimated.size(); ++n) {
-    ASSERT_NEAR(measured[n], estimated[n], 1e-12);
-    ASSERT_NEAR(outOfPlace[n], estimated[n], 1e-12);
-  }
-  measured.backwardTransform();
-  outOfPlace.backwardTransform();
-  EXPECT_LT(maxVoxelDifference(measured, original), 1e-13);
-  EXPECT_LT(maxVoxelDifference(outOfPlace, original), 1e-13);
-  // Without its division the backward transform still copies back from the buffer.
-  outOfPlace.forwardTransform();
+  for (Index n = 0; n < inPlace.size(); ++n) ASSERT_NEAR(outOfPlace[n], inPlace[n], 1e-12);
+  // Without its division the backward transform still copies back from the buffer (the
+  // divided one is a round trip of the fallback shape above).
   outOfPlace *= 1.0 / static_cast<double>(outOfPlace.numberOfVoxels());
   outOfPlace.backwardTransformUnnormalised();
   EXPECT_FALSE(outOfPlace.isInFourierSpace);

@@ -1,5 +1,5 @@
 // The closed one-point forms against the general form, the element forms against each other,
-// and the continuous operator as a projector.
+// and the settings with which an operator stops the run.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"  // GCC 12 on Eigen's AVX-512 code
 #include <gtest/gtest.h>
 
@@ -84,24 +84,19 @@ TEST(GreenOperatorElements, FullElementAtTheCentreAndHourglassWithoutStiffnessAr
   expectSameResult(*reduced, *hourglass, gammaWithout, "no hourglass stiffness");
 }
 
-TEST(GreenOperatorProjector, BasicAppliedTwiceEqualsOnce) {
-  // P e = Gamma0 C0 e projects onto compatible strains; a field without mean keeps none.
-  const Eigen::MatrixXd c0 = stiffnessMatrix(kReference.lambda0, kReference.mu0);
-  for (bool specialize : {true, false}) {
-    const auto op = make(G::Basic, specialize);
-    const auto project = [&](const FFTImage& strain) {
-      auto p = copyOf(strain);
-      multiply(*p, c0);
-      op->applyGamma0(*p, kReference);
-      *p *= -1.0;
-      return p;
-    };
-    const auto strain = randomSpectrum(6, kGrid, 24);
-    for (Index c = 0; c < 6; ++c) strain->realPart(c, 0, 0, 0) = strain->imagPart(c, 0, 0, 0) = 0.0;
-    const auto once = project(*strain);
-    EXPECT_LT(maxDifference(*once, *project(*once)), 1e-12) << specialize;
-    EXPECT_GT(maxDifference(*once, *strain), 0.1) << specialize;
-  }
+TEST(GreenOperatorFailures, ValuesWithoutVectorsOrClosedFormsStop) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto settings = [](G v, FilterType filter = FilterType::None) {
+    return GreenOperatorSettings::of(v, filter, true);
+  };
+  EXPECT_EXIT(DiscreteGreenOperator::create(settings(G::Bilaplacian), kGrid),
+              ::testing::ExitedWithCode(1), "^Unknown finite difference 9\n$");
+  EXPECT_EXIT(makeSpecializedGreenOperator(settings(G::Q1FE), kGrid), ::testing::ExitedWithCode(1),
+              "^Operator not specialized.\n$");
+  EXPECT_EXIT(makeSpecializedGreenOperator(settings(G::Helmholtz), kGrid),
+              ::testing::ExitedWithCode(1), "^Operator not specialized.\n$");
+  EXPECT_EXIT(DiscreteGreenOperator::create(settings(G::Basic, static_cast<FilterType>(3)), kGrid),
+              ::testing::ExitedWithCode(1), "^The filter is not known.\n$");
 }
 
 }  // namespace

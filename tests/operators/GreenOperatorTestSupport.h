@@ -38,12 +38,16 @@ inline std::vector<Frequency> frequenciesOf(const FFTImage& f) {
   return all;
 }
 
+inline void fillRandom(FFTImage& f, unsigned seed) {
+  std::mt19937 gen(seed);
+  std::uniform_real_distribution<double> dist(-1.0, 1.0);
+  for (double& v : f) v = dist(gen);
+}
+
 // A field standing in Fourier space with random complex values at every frequency.
 inline std::unique_ptr<FFTImage> randomSpectrum(Index components, const Grid& g, unsigned seed) {
   auto f = std::make_unique<FFTImage>(components, g[0], g[1], g[2], "spectrum");
-  std::mt19937 gen(seed);
-  std::uniform_real_distribution<double> dist(-1.0, 1.0);
-  for (double& v : *f) v = dist(gen);
+  fillRandom(*f, seed);
   f->isInFourierSpace = true;
   return f;
 }
