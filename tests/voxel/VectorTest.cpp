@@ -10,6 +10,8 @@
 #include <streambuf>
 #include <vector>
 
+#include "voxel/AbstractFile.h"
+
 namespace gridmoor {
 namespace {
 
@@ -164,6 +166,20 @@ TEST(VectorArithmeticDeathTest, UnequalSizesEndTheRun) {
   EXPECT_EXIT(a += b, testing::ExitedWithCode(1), "^Function Vector::operator\\+=" + tail);
   EXPECT_EXIT(a -= b, testing::ExitedWithCode(1), "^Function Vector::operator-=" + tail);
   EXPECT_EXIT(a.addScaled(b, 2.0), testing::ExitedWithCode(1), "^Function Vector::addScaled" + tail);
+}
+
+TEST(VectorFileSinks, MemoryFileReceivesTheBytesCountsItsBufferAndRefusesToGrow) {
+  const std::uint64_t before = allocatedBytes;
+  {
+    MemoryFile memory(8);
+    AbstractFile& sink = memory;
+    sink.write("abc", 3);
+    sink.write("defgh", 5);
+    EXPECT_EQ(std::string(memory.data(), memory.size()), "abcdefgh");
+    EXPECT_EQ(allocatedBytes - before, 8u);
+    EXPECT_EXIT(sink.write("i", 1), testing::ExitedWithCode(1), "does not fit");
+  }
+  EXPECT_EQ(allocatedBytes, before) << "the buffer's capacity is given back";
 }
 
 TEST(VectorByteOrder, ScalarHelpersSwapBytesOnRequest) {
