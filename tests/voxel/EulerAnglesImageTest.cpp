@@ -149,14 +149,12 @@ TEST(EulerAnglesImageDeathTest, BadFilesEndTheRunWithAClearLine) {
   const auto fails = [](const std::string& key, const std::string& value, std::size_t cut,
                         const std::string& message) {
     LofFile lof(3, 2, 2);
-    if (value.empty()) lof.keys.erase(key);
-    else lof.keys[key] = value;
+    lof.keys[key] = value;  // a missing key is the header reader's own test
     lof.cutData = cut == ~std::size_t{0} ? lof.data.size() : cut;
     const std::string file = lof.write("bad.lof");
     EXPECT_EXIT(EulerAnglesImage("a").readLof(file, 0, false), testing::ExitedWithCode(1), message)
         << key << " " << value;
   };
-  fails("Image1:Format", "", 0, "^Keyword Image1:Format not found in the header\n$");
   fails("Image1:ObjectSystem", "TP2P1", 0,
         "^not implemented combination of reference and object system: XYZ - TP2P1\n$");
   fails("Image1:Types", "double,float,double", 0,

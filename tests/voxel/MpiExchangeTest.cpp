@@ -3,30 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "voxel/ImageWithOverlap.h"
 #include "voxel/Ratio.h"
 #include "voxel/ResamplingBox.h"
 
 namespace gridmoor {
 namespace {
-
-TEST(MpiExchange, AnswersAsACommunicatorOfOne) {
-  MpiExchange mpi;
-  EXPECT_EQ(mpi.getRank() + mpi.getNumberOfProcesses(), 1);
-  for (int rank : {-1, 0, 3}) {
-    std::uint64_t begin = 7, end = 7;
-    mpi.getDataRange(100, begin, end, rank);
-    EXPECT_EQ(begin, 0u);
-    EXPECT_EQ(end, 100u);
-  }
-  std::vector<double> data{1.0, 2.0, 3.0};
-  mpi.allGather(data.data(), 24);
-  mpi.sendReceive(data.data(), 8, 0, data.data() + 1, 8, 0);
-  EXPECT_EQ(data, (std::vector<double>{1.0, 2.0, 3.0}));
-  EXPECT_EQ(mpi.getProcessLocalName("out/field.vti"), "out/field.vti");
-}
 
 TEST(MpiExchange, CompletedRequestsReleaseOnlyTheirOwnRecords) {
   MpiExchange mpi;
