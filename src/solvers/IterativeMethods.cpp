@@ -40,6 +40,8 @@ class SystemOperator {
     zeroLoad_.values = {};
   }
 
+  // Products counted for the run's report: b = T(0) and every A(p) of the method. The step
+  // that forms L(b) for the start residual is not counted.
   // x := b = T(0); the sums of the step describe b.
   StepSums start() {
     static_cast<FFTImage&>(x_) = 0.0;
@@ -51,16 +53,17 @@ class SystemOperator {
     return sums;
   }
 
-  // The step in place on q: T(q) with a stored b, L(q) without.
+  // The step in place on q, the first half of a product A(q): T(q) with a stored b, L(q)
+  // without.
   StepSums step(Field& q) {
     ++counters_.matrixVectorProducts;
-    return b_ ? q.step(kind_, ctx_, load_) : q.step(kind_, homogeneousCtx_, zeroLoad_);
+    return stepUncounted(q);
   }
 
   // q := L(b), the residual b - (I - L) b of the start x = b (after start()).
   void startResidual(Field& q) {
     copyValues(q, x_);
-    step(q);
+    stepUncounted(q);
     if (b_) q.addScaled(*b_, -1.0);
   }
 
@@ -85,6 +88,10 @@ class SystemOperator {
   }
 
  private:
+  StepSums stepUncounted(Field& q) {
+    return b_ ? q.step(kind_, ctx_, load_) : q.step(kind_, homogeneousCtx_, zeroLoad_);
+  }
+
   Field& x_;
   Field* b_;
   StepKind kind_;
@@ -614,8 +621,8 @@ NeumannResult solveWithMethod(const std::string& method, SolverFields& fields,
     if (!scratch) fatal("input/Solution/CalculateResiduum needs a work field of the solution's shape");
     if (!scratch->plansCreated)
       scratch->createPlans(ctx.keywords ? ctx.keywords->plannerFlag() : "Estimate");
+    // A measurement of the result, not a product of the method: not counted.
     const double value = relativeResiduum(x, *scratch, stepKindOf(options.routineSet), ctx, load);
-    ++counters.matrixVectorProducts;
     out << "relative Residuum = " << value << "\n" << std::flush;
   }
   return result;
