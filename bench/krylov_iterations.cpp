@@ -52,7 +52,6 @@ Run solveOnce(const std::string& method, GreenOperatorType op, std::uint64_t n,
   convergence.tolerance = 1e-6;
   convergence.maxIter = maxIter;
   MethodOptions options;
-  options.loadCaseRoutine = true;
   // Every method's work fields are planned before the clock starts.
   for (auto& [name, f] : fields.methodFields) f->createPlans(planner);
   SolverCounters counters;

@@ -23,7 +23,6 @@
 #include "postprocessing/ColourAverages.h"
 #include "postprocessing/ResultFile.h"
 #include "postprocessing/SurfaceForces.h"
-#include "solvers/IterativeMethods.h"
 #include "solvers/LoadStepSolver.h"
 #include "voxel/DebugAllocator.h"
 #include "voxel/Geometry.h"
@@ -52,9 +51,6 @@ void RunSequence::decideSolve() {
     needsThermal_ = false;
   } else if (kw.problemFormulation() != "Strain") {
     stopAtMissingStep("the " + kw.problemFormulation() + " formulation");
-  } else {
-    // Before any field is allocated: MINRES and LSQR belong to the effective-matrix load cases.
-    requireMethodAvailable(kw.iterativeMethod(), kw.writeEffectiveMatrix());
   }
   switchToVariationalScheme(kw, *materials_, *geometry_);
   runsSolver_ = kw.numberOfSteps() >= 2 || !kw.isZeroLoad() || needsThermal_ ||

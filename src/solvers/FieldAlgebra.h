@@ -48,9 +48,10 @@ class FieldProduct {
   // weight (shear halved for engineering strains). Its square root on x.x is getFieldNorm.
   static FieldProduct tensor(const ElasticityHyperelasticityImage& field);
   // x . (C0 y) with the isotropic reference, divided by 2 mu0. The step's map is self-adjoint
-  // in this product (the symmetric methods need exactly it); the division keeps its scale
-  // that of the field's own norm, so that fixed stagnation thresholds keep their meaning
-  // whatever the units of the stiffness. With lambda0 = 0 it equals the tensor product.
+  // in this product (the symmetric methods need exactly it). The division makes the product
+  // independent of the stiffness units, not of the load: the methods' stall thresholds are
+  // absolute and so scale with the square of the load and with the number of voxels. With
+  // lambda0 = 0 it equals the tensor product.
   static FieldProduct energy(const ElasticityHyperelasticityImage& field,
                              const ReferenceConstants& reference);
 

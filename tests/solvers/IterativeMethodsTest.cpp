@@ -39,8 +39,7 @@ struct Outcome {
 // Solves `problem` with `method` on fresh fields of the run's table (keepB: "e0" is allocated
 // as for laws that are not affine linear) and returns the volume mean of the stress.
 Outcome solveWith(Problem& problem, const std::string& method, const MacroscopicLoad& load,
-                  double tolerance, bool keepB = false, bool loadCase = true,
-                  bool residuum = false) {
+                  double tolerance, bool keepB = false, bool residuum = false) {
   const Grid g{problem.field->nFirst, problem.field->nSecond, problem.field->nThird};
   problem.keywords.iterativeMethod.set(method);
   problem.keywords.greenOperator.set(GreenOperatorType::Basic);
@@ -54,7 +53,6 @@ Outcome solveWith(Problem& problem, const std::string& method, const Macroscopic
   settings.tolerance = tolerance;
   settings.maxIter = 3000;
   MethodOptions options;
-  options.loadCaseRoutine = loadCase;
   options.calculateResiduum = residuum;
   Outcome o;
   std::ostringstream out, err;
@@ -163,22 +161,14 @@ TEST_F(IterativeMethodsSphere, ResiduumIsPrintedAndFallsWithConvergence) {
     EXPECT_NE(at, std::string::npos) << out;
     return at == std::string::npos ? -1.0 : std::stod(out.substr(at + 20));
   };
-  const Outcome tight = solveWith(problem, "CG", load, 1e-11, false, true, true);
-  const Outcome loose = solveWith(problem, "CG", load, 1e-1, false, true, true);
+  const Outcome tight = solveWith(problem, "CG", load, 1e-11, false, true);
+  const Outcome loose = solveWith(problem, "CG", load, 1e-1, false, true);
   EXPECT_LT(residuumOf(tight.out), 1e-6);
   EXPECT_GT(residuumOf(loose.out), 100 * residuumOf(tight.out));
   // The series has no work field of its own: the table adds one for the residuum.
   problem.keywords.calculateResiduum.set(true);
-  const Outcome neumann = solveWith(problem, "NeumannSeries", load, 1e-9, false, true, true);
+  const Outcome neumann = solveWith(problem, "NeumannSeries", load, 1e-9, false, true);
   EXPECT_LT(residuumOf(neumann.out), 1e-6);
-}
-
-TEST(IterativeMethodsDeathTest, DispatchRefusesWhatTheRoutineSetDoesNotOffer) {
-  EXPECT_EXIT(requireMethodAvailable("MINRES", false), ::testing::ExitedWithCode(1),
-              "The iterative method MINRES is only available for the load cases");
-  EXPECT_EXIT(requireMethodAvailable("LSQR", false), ::testing::ExitedWithCode(1), "LSQR");
-  EXPECT_EXIT(requireMethodAvailable("GMRES", true), ::testing::ExitedWithCode(1),
-              "Unknown iterative method GMRES");
 }
 
 // The algebra sees voxel values only: leftovers in the r2c padding never enter a result,
