@@ -80,6 +80,9 @@ class ElasticityHyperelasticityImage : public ElasticityLaplaceImage {
   virtual StepSums linearizedStep(const StepContext& ctx, const MacroscopicLoad& load) = 0;
   virtual StepSums eyreMiltonStep(const StepContext& ctx, const MacroscopicLoad& load);
   StepSums step(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load);
+  // The step of `input` (see StepInput) into this field.
+  StepSums step(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
+                const StepInput& input);
 
   // Hands the solved field to laws with history, and closes a time step.
   void updateInternalSolution(const StepContext& ctx) const;
@@ -98,6 +101,16 @@ class ElasticityHyperelasticityImage : public ElasticityLaplaceImage {
   // shear of strains, 2 for plain shear of stresses.
   virtual std::array<double, 6> normWeights() const = 0;
   virtual std::array<double, 6> dualNormWeights() const = 0;
+
+ protected:
+  // True where the voxel loop reads a StepInput itself; for the other formulations the input
+  // is formed in a pass before the step.
+  virtual bool readsStepInput() const { return false; }
+  // The input of the step under way, null when the step reads the field's own values.
+  const StepInput* stepInput() const { return stepInput_; }
+
+ private:
+  const StepInput* stepInput_ = nullptr;
 };
 
 // Small-strain common code: the step itself, written once over the hooks below.

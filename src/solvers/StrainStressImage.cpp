@@ -106,6 +106,33 @@ inline void computeStressAt(DiscretizedElasticMaterial& law, StepKind kind, cons
   }
 }
 
+// Where the voxel loop reads the strain of a point: the field's own values...
+struct OwnValues {
+  const double* read(const double* e, std::uint64_t, double*) const { return e; }
+};
+
+// ...or a combination of other fields (StepInput), written also into the store if there is one.
+struct CombinedValues {
+  int terms = 0;
+  std::array<const double*, StepInput::kMaxTerms> fields{};
+  std::array<double, StepInput::kMaxTerms> weights{};
+  double* store = nullptr;
+
+  explicit CombinedValues(const StepInput& input)
+      : terms(input.terms), weights(input.weights), store(input.store ? input.store->data() : nullptr) {
+    for (int t = 0; t < terms; ++t) fields[t] = input.fields[t]->data();
+  }
+  // The six values of the point at offset `at` into v, which is returned.
+  const double* read(const double*, std::uint64_t at, double* v) const {
+    for (int c = 0; c < 6; ++c) v[c] = weights[0] * fields[0][at + c];
+    for (int t = 1; t < terms; ++t)
+      for (int c = 0; c < 6; ++c) v[c] += weights[t] * fields[t][at + c];
+    if (store)
+      for (int c = 0; c < 6; ++c) store[at + c] = v[c];
+    return v;
+  }
+};
+
 // The three distinct entries of an isotropic stiffness in Voigt form, and of C - C0.
 struct IsotropicEntries {
   double normal = 0.0;  // C(0, 0)
@@ -130,8 +157,9 @@ bool isotropicTableOf(const StepContext& ctx, std::array<IsotropicEntries, 256>&
 // The voxel loop for isotropic linear laws without temperature change or regularisation:
 // sigma and tau = (C - C0) e in the sparse pattern, inline, without a call per point. The
 // general loop below makes the same products through the law's S, one virtual call each.
+template <class Input>
 double isotropicStrainPass(StrainImage& image, const StepContext& ctx,
-                           const std::array<IsotropicEntries, 256>& laws) {
+                           const std::array<IsotropicEntries, 256>& laws, const Input& input) {
   const ColorImage& colours = ctx.geometry->RealVoxelImage;
   if (colours.getGlobalSizeX() != image.nFirst || colours.sizeY != image.nSecond ||
       colours.sizeZ != image.nThird)
@@ -152,15 +180,18 @@ double isotropicStrainPass(StrainImage& image, const StepContext& ctx,
     const IndexRange range = image.threadFirstRange();
     for (std::uint64_t x = range.begin; x < range.end; ++x)
       for (std::uint64_t y = 0; y < image.nSecond; ++y) {
-        double* row = data + (x - image.firstOffset) * image.planeStride + y * image.rowStride;
+        const std::uint64_t row = (x - image.firstOffset) * image.planeStride + y * image.rowStride;
         const Colour* colourRow = colours.voxelPointer(x, y, 0);
         for (std::uint64_t z = 0; z < image.nThird; ++z) {
           const Colour colour = colourRow[z * colours.strideZ];
           const IsotropicEntries& c = laws[colour];
           const IsotropicEntries& d = difference[colour];
           for (std::uint64_t p = 0; p < points; ++p) {
-            double* e = row + z * nc + 6 * p;
-            const double e0 = e[0], e1 = e[1], e2 = e[2], e3 = e[3], e4 = e[4], e5 = e[5];
+            const std::uint64_t at = row + z * nc + 6 * p;
+            double* e = data + at;
+            double values[6];
+            const double* in = input.read(e, at, values);
+            const double e0 = in[0], e1 = in[1], e2 = in[2], e3 = in[3], e4 = in[4], e5 = in[5];
             const double trace = e0 + e1 + e2;
             // sigma_a = C(0,1) tr e + (C(0,0) - C(0,1)) e_a: the law's row products regrouped.
             const double diagonal = c.normal - c.cross;
@@ -184,9 +215,9 @@ double isotropicStrainPass(StrainImage& image, const StepContext& ctx,
   return sum;
 }
 
-template <bool Thermal>
+template <bool Thermal, class Input>
 double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
-                  const MacroscopicLoad& load, double* regularisationSums) {
+                  const MacroscopicLoad& load, double* regularisationSums, const Input& input) {
   if (kind != StepKind::Linear && !ctx.oldField)
     fatal("A step with history needs the field of the last converged step");
   if (kind == StepKind::Linearized && !ctx.totalField)
@@ -196,7 +227,7 @@ double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
     std::array<IsotropicEntries, 256> isotropic{};
     if (isotropicTableOf(ctx, isotropic)) {
       for (std::uint64_t i = 0; i < image.nComponents; ++i) regularisationSums[i] = 0.0;
-      return isotropicStrainPass(image, ctx, isotropic);
+      return isotropicStrainPass(image, ctx, isotropic, input);
     }
   }
   std::array<bool, 256> regularised{};
@@ -222,17 +253,19 @@ double strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
       [&](PassAcc& local, DiscretizedElasticMaterial& law, Colour colour, std::uint64_t x,
           std::uint64_t y, std::uint64_t z, std::uint64_t p, std::uint64_t at) {
         double* e = data + at;
+        double values[6];
+        const double* in = input.read(e, at, values);
         const double* old = oldData && !zeroOld ? oldData + at : kZeroVoigt;
         const double* total = totalData ? totalData + at : nullptr;
         double s[6];
         double s0[6];
-        computeStressAt<Thermal>(law, kind, ctx, x, y, z, old, total, e, s);
-        applyIsotropicStiffness(ref, e, s0);
+        computeStressAt<Thermal>(law, kind, ctx, x, y, z, old, total, in, s);
+        applyIsotropicStiffness(ref, in, s0);
         local.stressSquared += weights[p] * stressNormSquared(s);
         if (tikhonov && regularised[colour]) {
           double mismatch[6];
           double pull[6];
-          for (int c = 0; c < 6; ++c) mismatch[c] = targeted[c] ? e[c] - target[c] : 0.0;
+          for (int c = 0; c < 6; ++c) mismatch[c] = targeted[c] ? in[c] - target[c] : 0.0;
           applyIsotropicStiffness(ref, mismatch, pull);
           for (int c = 0; c < 6; ++c) {
             s[c] += ctx.tikhonovAlpha * pull[c];
@@ -268,11 +301,23 @@ void requireSameShape(const FFTImage& a, const FFTImage& b) {
 
 }  // namespace
 
+namespace {
+
+template <class Input>
+double strainPassOf(StrainImage& image, StepKind kind, const StepContext& ctx,
+                    const MacroscopicLoad& load, double* regularisationSums, const Input& input) {
+  return ctx.temperatureChange != 0.0
+             ? strainPass<true>(image, kind, ctx, load, regularisationSums, input)
+             : strainPass<false>(image, kind, ctx, load, regularisationSums, input);
+}
+
+}  // namespace
+
 double StrainImage::materialPass(StepKind kind, const StepContext& ctx,
                                  const MacroscopicLoad& load, double* regularisationSums) {
-  return ctx.temperatureChange != 0.0
-             ? strainPass<true>(*this, kind, ctx, load, regularisationSums)
-             : strainPass<false>(*this, kind, ctx, load, regularisationSums);
+  if (const StepInput* input = stepInput())
+    return strainPassOf(*this, kind, ctx, load, regularisationSums, CombinedValues(*input));
+  return strainPassOf(*this, kind, ctx, load, regularisationSums, OwnValues{});
 }
 
 void StrainImage::computeStress(FFTImage& out, const StepContext& ctx) const {

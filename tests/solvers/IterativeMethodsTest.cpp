@@ -266,6 +266,61 @@ TEST_P(IterativeMethodsSphere, ResiduumIsPrintedAndFallsWithConvergence) {
   EXPECT_LT(residuumOf(neumann.out), 1e-6);
 }
 
+// A strain field whose voxel loop does not read a step input: the input is formed in a pass
+// before the step, as for the formulations that do not read it themselves.
+class StrainImageFormingItsInput : public StrainImage {
+ public:
+  using StrainImage::StrainImage;
+
+ protected:
+  bool readsStepInput() const override { return false; }
+};
+
+// The step of a combination of fields (the stepped field itself among them) is the step of
+// the combination formed first, whether the voxel loop reads it or a pass forms it, and the
+// combination is stored where asked.
+TEST(StepInput, TheVoxelLoopReadsTheCombinationAsAPassWouldFormIt) {
+  const Grid g{6, 5, 4};
+  Problem problem(g, laminateColours(g, 0, 2), {lameOf(1.0, 0.3), lameOf(7.0, 0.2)});
+  const GreenOperatorSettings settings =
+      GreenOperatorSettings::of(GreenOperatorType::Basic, FilterType::None, true);
+  StrainImage fused(settings, g[0], g[1], g[2], "fused");
+  StrainImageFormingItsInput formed(settings, g[0], g[1], g[2], "formed");
+  StrainImage plain(settings, g[0], g[1], g[2], "plain");
+  StrainImage u(settings, g[0], g[1], g[2], "u"), v(settings, g[0], g[1], g[2], "v");
+  StrainImage fusedStore(settings, g[0], g[1], g[2], "a"), formedStore(settings, g[0], g[1], g[2], "b");
+  for (StrainImage* f : {&fused, static_cast<StrainImage*>(&formed), &plain}) f->createPlans("Estimate");
+  for (std::size_t i = 0; i < u.size(); ++i) {
+    u.data()[i] = std::sin(0.37 * static_cast<double>(i));
+    v.data()[i] = std::cos(0.11 * static_cast<double>(i));
+    fused.data()[i] = formed.data()[i] = 0.01 * std::sin(0.05 * static_cast<double>(i));
+  }
+  static_cast<FFTImage&>(plain) = fused;
+  const std::uint64_t nc = plain.nComponents;
+  voxelPass<0>(plain, [&](std::uint64_t o, std::array<double, 0>&) {
+    for (std::uint64_t c = 0; c < nc; ++c)
+      plain.data()[o + c] = 0.7 * u.data()[o + c] - 1.3 * v.data()[o + c] + 2.0 * plain.data()[o + c];
+  });
+  const MacroscopicLoad load = MacroscopicLoad::strain({0.01, 0, 0, 0.02, 0, 0});
+  fused.step(StepKind::Linear, problem.ctx, load,
+             StepInput().add(0.7, u).add(-1.3, v).add(2.0, fused).storedIn(fusedStore));
+  formed.step(StepKind::Linear, problem.ctx, load,
+              StepInput().add(0.7, u).add(-1.3, v).add(2.0, formed).storedIn(formedStore));
+  voxelPass<0>(fusedStore, [&](std::uint64_t o, std::array<double, 0>&) {
+    for (std::uint64_t c = 0; c < nc; ++c) {
+      EXPECT_NEAR(fusedStore.data()[o + c], plain.data()[o + c], 1e-15);
+      EXPECT_NEAR(formedStore.data()[o + c], plain.data()[o + c], 1e-15);
+    }
+  });
+  plain.step(StepKind::Linear, problem.ctx, load);
+  voxelPass<0>(plain, [&](std::uint64_t o, std::array<double, 0>&) {
+    for (std::uint64_t c = 0; c < nc; ++c) {
+      EXPECT_NEAR(fused.data()[o + c], plain.data()[o + c], 1e-15);
+      EXPECT_NEAR(formed.data()[o + c], plain.data()[o + c], 1e-15);
+    }
+  });
+}
+
 // The algebra sees voxel values only: leftovers in the r2c padding never enter a result,
 // and the energy product is x . (C0 y) / (2 mu0) with engineering shear.
 TEST(FieldAlgebra, ProductsSkipThePaddingAndWeighTheComponents) {
