@@ -3,6 +3,7 @@
 #include <cmath>
 #include <map>
 #include <ostream>
+#include <vector>
 
 #include "common/Fatal.h"
 #include "input/KeywordsElasticity.h"
@@ -85,6 +86,34 @@ class SystemOperator {
         ap[c] = weight * pd[o + c] + (bd ? bd[o + c] : 0.0) - qd[o + c];
       if constexpr (Write)
         for (std::uint64_t c = 0; c < nc; ++c) qd[o + c] = ap[c];
+      body(o, static_cast<const double*>(ap), s);
+    });
+  }
+
+  // The same row by row (see rowPass): body(offset, ap, sums) with ap the row's values of
+  // A(weight p), in a buffer of the thread or, with Write, in q itself. For the hot passes,
+  // whose elementwise loops then vectorize.
+  template <std::size_t N, bool Write = false, class Body>
+  std::array<double, N> productRows(const FFTImage& p, double weight, FFTImage& q,
+                                    Body&& body) const {
+    const std::uint64_t length = rowLength(q);
+    double* qd = q.data();
+    const double* pd = p.data();
+    const double* bd = b_ ? b_->data() : nullptr;
+    return rowPass<N>(q, [&](std::uint64_t o, std::array<double, N>& s) {
+      thread_local std::vector<double> buffer;
+      if (!Write && buffer.size() < length) buffer.resize(length);
+      double* ap = Write ? qd + o : buffer.data();
+      const double* pr = pd + o;
+      const double* qr = qd + o;
+      if (bd) {
+        const double* br = bd + o;
+#pragma omp simd
+        for (std::uint64_t i = 0; i < length; ++i) ap[i] = weight * pr[i] + br[i] - qr[i];
+      } else {
+#pragma omp simd
+        for (std::uint64_t i = 0; i < length; ++i) ap[i] = weight * pr[i] - qr[i];
+      }
       body(o, static_cast<const double*>(ap), s);
     });
   }
@@ -254,6 +283,7 @@ void runCG(MethodRun& m) {
   const double* qd = q.data();
   const FieldProduct& energy = m.energy;
   const FieldProduct& tensor = m.tensor;
+  const std::uint64_t length = rowLength(q);
   // r := -L(b); the first direction, -r, is formed in the first product.
   double rr = voxelPass<1>(q, [&](std::uint64_t o, std::array<double, 1>& s) {
     for (std::uint64_t c = 0; c < nc; ++c) rd[o + c] = -qd[o + c];
@@ -265,23 +295,27 @@ void runCG(MethodRun& m) {
     StepInput direction;
     if (n > 0) direction.add(beta, p);
     op.step(q, direction.add(-1.0, r).storedIn(p));
-    const double pq = op.product<1>(p, 1.0, q, [&](std::uint64_t o, const double* ap,
-                                                   std::array<double, 1>& s) {
-      s[0] += energy(pd + o, ap);
+    const double pq = op.productRows<1>(p, 1.0, q, [&](std::uint64_t o, const double* ap,
+                                                       std::array<double, 1>& s) {
+      s[0] += energy.row(pd + o, ap);
     })[0];
     if (std::abs(pq) < kCGStall) {
       m.stalled(true, "the direction's product vanished");
       break;
     }
     const double alpha = rr / pq;
-    const auto sums = op.product<2>(p, 1.0, q, [&](std::uint64_t o, const double* ap,
-                                                   std::array<double, 2>& s) {
-      for (std::uint64_t c = 0; c < nc; ++c) {
-        xd[o + c] += alpha * pd[o + c];
-        rd[o + c] += alpha * ap[c];
+    const auto sums = op.productRows<2>(p, 1.0, q, [&](std::uint64_t o, const double* ap,
+                                                       std::array<double, 2>& s) {
+      double* xr = xd + o;
+      double* rr = rd + o;
+      const double* pr = pd + o;
+#pragma omp simd
+      for (std::uint64_t i = 0; i < length; ++i) {
+        xr[i] += alpha * pr[i];
+        rr[i] += alpha * ap[i];
       }
-      s[0] += energy.norm2(rd + o);
-      s[1] += tensor.norm2(xd + o);
+      s[0] += energy.rowNorm2(rr);
+      s[1] += tensor.rowNorm2(xr);
     });
     beta = sums[0] / rr;
     rr = sums[0];
@@ -364,6 +398,7 @@ void runBiCGSTAB(MethodRun& m) {
   double* r0d = r0.data();
   const FieldProduct& energy = m.energy;
   const FieldProduct& tensor = m.tensor;
+  const std::uint64_t length = rowLength(ap);
   // r := r0 := L(b), the residual of x = b; the first direction, r, is formed in the first
   // product.
   double rho = voxelPass<1>(ap, [&](std::uint64_t o, std::array<double, 1>& sum) {
@@ -379,9 +414,9 @@ void runBiCGSTAB(MethodRun& m) {
     direction.add(1.0, r);
     if (n > 0) direction.add(beta, p).add(-beta * omega, ap);
     op.step(ap, direction.storedIn(p));
-    const double d = op.product<1, true>(p, 1.0, ap, [&](std::uint64_t o, const double* apv,
-                                                         std::array<double, 1>& sum) {
-      sum[0] += energy(apv, r0d + o);
+    const double d = op.productRows<1, true>(p, 1.0, ap, [&](std::uint64_t o, const double* apv,
+                                                             std::array<double, 1>& sum) {
+      sum[0] += energy.row(apv, r0d + o);
     })[0];
     if (std::abs(d) < kBiCGSTABStall) {
       m.stalled(true, "the direction's product vanished");
@@ -389,21 +424,26 @@ void runBiCGSTAB(MethodRun& m) {
     }
     const double alpha = rho / d;
     op.step(as, StepInput().add(1.0, r).add(-alpha, ap).storedIn(s));
-    const auto st = op.product<2>(s, 1.0, as, [&](std::uint64_t o, const double* asv,
-                                                 std::array<double, 2>& sum) {
-      sum[0] += energy(asv, sd + o);
-      sum[1] += energy.norm2(asv);
+    const auto st = op.productRows<2>(s, 1.0, as, [&](std::uint64_t o, const double* asv,
+                                                     std::array<double, 2>& sum) {
+      sum[0] += energy.row(asv, sd + o);
+      sum[1] += energy.rowNorm2(asv);
     });
     // s = 0: x + alpha p solves the system and the stabilising half-step has nothing to do.
     omega = st[1] > 0.0 ? st[0] / st[1] : 0.0;
-    const auto sums = op.product<2>(s, 1.0, as, [&](std::uint64_t o, const double* asv,
-                                                   std::array<double, 2>& sum) {
-      for (std::uint64_t c = 0; c < nc; ++c) {
-        xd[o + c] += alpha * pd[o + c] + omega * sd[o + c];
-        rd[o + c] = sd[o + c] - omega * asv[c];
+    const auto sums = op.productRows<2>(s, 1.0, as, [&](std::uint64_t o, const double* asv,
+                                                       std::array<double, 2>& sum) {
+      double* xr = xd + o;
+      double* rr = rd + o;
+      const double* pr = pd + o;
+      const double* sr = sd + o;
+#pragma omp simd
+      for (std::uint64_t i = 0; i < length; ++i) {
+        xr[i] += alpha * pr[i] + omega * sr[i];
+        rr[i] = sr[i] - omega * asv[i];
       }
-      sum[0] += energy(rd + o, r0d + o);
-      sum[1] += tensor.norm2(xd + o);
+      sum[0] += energy.row(rr, r0d + o);
+      sum[1] += tensor.rowNorm2(xr);
     });
     if (m.endIteration(n, sums[1])) break;
     if (omega == 0.0 || rho == 0.0) {

@@ -111,22 +111,28 @@ struct OwnValues {
   const double* read(const double* e, std::uint64_t, double*) const { return e; }
 };
 
-// ...or a combination of other fields (StepInput), written also into the store if there is one.
+// ...or a combination of Terms other fields (StepInput), written also into the store if there
+// is one. The number of terms is a template argument, so that the loops unroll.
+template <int Terms>
 struct CombinedValues {
-  int terms = 0;
-  std::array<const double*, StepInput::kMaxTerms> fields{};
-  std::array<double, StepInput::kMaxTerms> weights{};
+  std::array<const double*, Terms> fields{};
+  std::array<double, Terms> weights{};
   double* store = nullptr;
 
   explicit CombinedValues(const StepInput& input)
-      : terms(input.terms), weights(input.weights), store(input.store ? input.store->data() : nullptr) {
-    for (int t = 0; t < terms; ++t) fields[t] = input.fields[t]->data();
+      : store(input.store ? input.store->data() : nullptr) {
+    for (int t = 0; t < Terms; ++t) {
+      fields[t] = input.fields[static_cast<std::size_t>(t)]->data();
+      weights[t] = input.weights[static_cast<std::size_t>(t)];
+    }
   }
   // The six values of the point at offset `at` into v, which is returned.
   const double* read(const double*, std::uint64_t at, double* v) const {
-    for (int c = 0; c < 6; ++c) v[c] = weights[0] * fields[0][at + c];
-    for (int t = 1; t < terms; ++t)
-      for (int c = 0; c < 6; ++c) v[c] += weights[t] * fields[t][at + c];
+    for (int c = 0; c < 6; ++c) {
+      double sum = weights[0] * fields[0][at + c];
+      for (int t = 1; t < Terms; ++t) sum += weights[t] * fields[t][at + c];
+      v[c] = sum;
+    }
     if (store)
       for (int c = 0; c < 6; ++c) store[at + c] = v[c];
     return v;
@@ -315,8 +321,13 @@ double strainPassOf(StrainImage& image, StepKind kind, const StepContext& ctx,
 
 double StrainImage::materialPass(StepKind kind, const StepContext& ctx,
                                  const MacroscopicLoad& load, double* regularisationSums) {
-  if (const StepInput* input = stepInput())
-    return strainPassOf(*this, kind, ctx, load, regularisationSums, CombinedValues(*input));
+  const StepInput* input = stepInput();
+  switch (input ? input->terms : 0) {
+    case 1: return strainPassOf(*this, kind, ctx, load, regularisationSums, CombinedValues<1>(*input));
+    case 2: return strainPassOf(*this, kind, ctx, load, regularisationSums, CombinedValues<2>(*input));
+    case 3: return strainPassOf(*this, kind, ctx, load, regularisationSums, CombinedValues<3>(*input));
+    default: break;
+  }
   return strainPassOf(*this, kind, ctx, load, regularisationSums, OwnValues{});
 }
 
