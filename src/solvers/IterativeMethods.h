@@ -18,9 +18,9 @@ struct MethodOptions : NeumannOptions {
 };
 
 // Solves one load step with `method` (any of the six method words) on fields.deltaE, using
-// the method's work fields from fields.methodFields (planned here on first use). Which
-// routine set offers which method is the caller's concern. b = T(0) and every product A(p)
-// count as matrix-vector products, every loop pass as an iteration.
+// the method's work fields from fields.methodFields (those steps run on are planned here on
+// first use). Which routine set offers which method is the caller's concern. b = T(0) and
+// every product A(p) count as matrix-vector products, every loop pass as an iteration.
 NeumannResult solveWithMethod(const std::string& method, SolverFields& fields,
                               const StepContext& ctx, const MacroscopicLoad& load,
                               const MethodOptions& options, const ConvergenceSettings& settings,
