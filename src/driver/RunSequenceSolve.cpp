@@ -20,7 +20,6 @@
 #include "operators/ReferenceMaterial.h"
 #include "postprocessing/InternalVariableAverages.h"
 #include "postprocessing/ResultFile.h"
-#include "solvers/IterativeMethods.h"
 #include "solvers/LoadStepSolver.h"
 #include "voxel/DebugAllocator.h"
 #include "voxel/Geometry.h"
@@ -45,10 +44,6 @@ void RunSequence::decideSolve() {
     needsThermal_ = false;
   } else if (kw.problemFormulation() != "Strain") {
     stopAtMissingStep("the " + kw.problemFormulation() + " formulation");
-  } else if (!estimateOnly_) {
-    // Before any field is allocated: MINRES and LSQR belong to the effective-matrix load cases.
-    // An estimate solves nothing; it has its own rule on the method word.
-    requireMethodAvailable(kw.iterativeMethod(), kw.writeEffectiveMatrix());
   }
   switchToVariationalScheme(kw, *materials_, *geometry_);
   runsSolver_ = kw.numberOfSteps() >= 2 || !kw.isZeroLoad() || needsThermal_ ||

@@ -81,6 +81,37 @@ StepSums ElasticityHyperelasticityImage::step(StepKind kind, const StepContext& 
   return linearStep(ctx, load);
 }
 
+StepSums ElasticityHyperelasticityImage::step(StepKind kind, const StepContext& ctx,
+                                              const MacroscopicLoad& load,
+                                              const StepInput& input) {
+  if (input.terms < 1 || input.terms > StepInput::kMaxTerms)
+    fatal("A step input needs one to three fields");
+  if (input.store) input.store->isInFourierSpace = false;
+  isInFourierSpace = false;
+  if (readsStepInput()) {
+    stepInput_ = &input;
+    const StepSums sums = step(kind, ctx, load);
+    stepInput_ = nullptr;
+    return sums;
+  }
+  const std::uint64_t nc = nComponents;
+  const int terms = input.terms;
+  double* own = data();
+  double* store = input.store ? input.store->data() : nullptr;
+  forEachVoxel(*this, [&](double* v) {
+    const std::uint64_t at = static_cast<std::uint64_t>(v - own);
+    for (std::uint64_t c = 0; c < nc; ++c) {
+      double sum = 0.0;
+      for (int t = 0; t < terms; ++t)
+        sum += input.weights[static_cast<std::size_t>(t)] *
+               input.fields[static_cast<std::size_t>(t)]->data()[at + c];
+      v[c] = sum;
+      if (store) store[at + c] = sum;
+    }
+  });
+  return step(kind, ctx, load);
+}
+
 void ElasticityHyperelasticityImage::updateInternalSolution(const StepContext& ctx) const {
   ctx.materials->updateInternalSolution(*ctx.keywords, *ctx.geometry, ctx.loadCase, *this);
 }

@@ -86,6 +86,9 @@ class ElasticityHyperelasticityImage : public ElasticityLaplaceImage {
   virtual StepSums linearizedStep(const StepContext& ctx, const MacroscopicLoad& load) = 0;
   virtual StepSums eyreMiltonStep(const StepContext& ctx, const MacroscopicLoad& load);
   StepSums step(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load);
+  // The step of `input` (see StepInput) into this field.
+  StepSums step(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
+                const StepInput& input);
 
   // Hands the solved field to laws with history, and closes a time step.
   void updateInternalSolution(const StepContext& ctx) const;
@@ -117,6 +120,16 @@ class ElasticityHyperelasticityImage : public ElasticityLaplaceImage {
   // must outlive the writer's write().
   void addStrainStressToFile(DataWriter& writer, const FFTImage& dual,
                              const KeywordsElasticity& keywords, bool complete) const;
+
+ protected:
+  // True where the voxel loop reads a StepInput itself; for the other formulations the input
+  // is formed in a pass before the step.
+  virtual bool readsStepInput() const { return false; }
+  // The input of the step under way, null when the step reads the field's own values.
+  const StepInput* stepInput() const { return stepInput_; }
+
+ private:
+  const StepInput* stepInput_ = nullptr;
 };
 
 // Small-strain common code: the step itself, written once over the hooks below.

@@ -29,6 +29,8 @@ FieldProduct FieldProduct::tensor(const ElasticityHyperelasticityImage& field) {
     const std::uint64_t local = c % width;
     p.weight_[c] = field.mainRule.weights[c / width] * (local < 6 ? w6[local] : 1.0);
   }
+  p.rowWeight_.resize(rowLength(field));
+  for (std::uint64_t i = 0; i < p.rowWeight_.size(); ++i) p.rowWeight_[i] = p.weight_[i % p.nValues_];
   return p;
 }
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "operators/FFTImage.h"
 #include "operators/ReferenceConstants.h"
@@ -37,6 +38,29 @@ std::array<double, NSums> voxelPass(const FFTImage& shape, Body&& body) {
   return total;
 }
 
+// Runs body(offset, sums) once per row of `shape`: the nThird voxels of one (x, y), whose
+// rowLength values lie contiguous from offset on, so that elementwise loops over a row
+// vectorize. Threads and sums as in voxelPass; the padding is never visited.
+inline std::uint64_t rowLength(const FFTImage& shape) { return shape.nThird * shape.nComponents; }
+
+template <std::size_t NSums, class Body>
+std::array<double, NSums> rowPass(const FFTImage& shape, Body&& body) {
+  std::array<double, NSums> total{};
+#pragma omp parallel
+  {
+    std::array<double, NSums> local{};
+    const IndexRange range = shape.threadFirstRange();
+    for (std::uint64_t x = range.begin; x < range.end; ++x)
+      for (std::uint64_t y = 0; y < shape.nSecond; ++y)
+        body((x - shape.firstOffset) * shape.planeStride + y * shape.rowStride, local);
+    if constexpr (NSums > 0) {
+#pragma omp critical(gridmoor_row_pass)
+      for (std::size_t i = 0; i < NSums; ++i) total[i] += local[i];
+    }
+  }
+  return total;
+}
+
 // A symmetric bilinear form on the values of one voxel: a weight per value plus, for
 // six-component points, a coupling of the traces of the two arguments.
 class FieldProduct {
@@ -48,9 +72,10 @@ class FieldProduct {
   // weight (shear halved for engineering strains). Its square root on x.x is getFieldNorm.
   static FieldProduct tensor(const ElasticityHyperelasticityImage& field);
   // x . (C0 y) with the isotropic reference, divided by 2 mu0. The step's map is self-adjoint
-  // in this product (the symmetric methods need exactly it); the division keeps its scale
-  // that of the field's own norm, so that fixed stagnation thresholds keep their meaning
-  // whatever the units of the stiffness. With lambda0 = 0 it equals the tensor product.
+  // in this product (the symmetric methods need exactly it). The division makes the product
+  // independent of the stiffness units, not of the load: the methods' stall thresholds are
+  // absolute and so scale with the square of the load and with the number of voxels. With
+  // lambda0 = 0 it equals the tensor product.
   static FieldProduct energy(const ElasticityHyperelasticityImage& field,
                              const ReferenceConstants& reference);
 
@@ -67,12 +92,32 @@ class FieldProduct {
   }
   double norm2(const double* x) const { return (*this)(x, x); }
 
+  // The form summed over the voxels of one row (see rowPass) of the field it was made for.
+  double row(const double* x, const double* y) const {
+    const std::uint64_t n = rowWeight_.size();
+    const double* w = rowWeight_.data();
+    double s = 0.0;
+#pragma omp simd reduction(+ : s)
+    for (std::uint64_t i = 0; i < n; ++i) s += w[i] * x[i] * y[i];
+    if (coupled_)
+      for (std::uint64_t v = 0; v < n; v += nValues_)
+        for (std::uint64_t p = 0; p < points_; ++p) {
+          const double* a = x + v + 6 * p;
+          const double* b = y + v + 6 * p;
+          s += trace_[p] * (a[0] + a[1] + a[2]) * (b[0] + b[1] + b[2]);
+        }
+    return s;
+  }
+  double rowNorm2(const double* x) const { return row(x, x); }
+
  private:
   std::uint64_t nValues_ = 0;
   std::uint64_t points_ = 0;
   bool coupled_ = false;
   std::array<double, kMaxValues> weight_{};
   std::array<double, kMaxPoints> trace_{};
+  // weight_ repeated for every voxel of a row.
+  std::vector<double> rowWeight_;
 };
 
 // Element-wise updates that need no reduction (scale, scaled add) are Vector's own: they may

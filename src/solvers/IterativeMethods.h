@@ -11,19 +11,16 @@
 namespace gridmoor {
 
 struct MethodOptions : NeumannOptions {
-  // True for the load cases of the effective matrices: the only routines that offer the
-  // methods for symmetric systems (MINRES, LSQR).
-  bool loadCaseRoutine = false;
   // Print "relative Residuum = " after the solve (one more step).
   bool calculateResiduum = false;
+  // Print a line when a Krylov method stops because its system has stalled.
+  bool reportStall = true;
 };
 
-// Ends the run with one line unless `method` is a method word the routine set offers.
-void requireMethodAvailable(const std::string& method, bool loadCaseRoutine);
-
-// Solves one load step with `method` on fields.deltaE, using the method's work fields from
-// fields.methodFields (planned here on first use). Every step counts as a matrix-vector
-// product, every loop pass as an iteration.
+// Solves one load step with `method` (any of the six method words) on fields.deltaE, using
+// the method's work fields from fields.methodFields (those steps run on are planned here on
+// first use). Which routine set offers which method is the caller's concern. b = T(0) and
+// every product A(p) count as matrix-vector products, every loop pass as an iteration.
 NeumannResult solveWithMethod(const std::string& method, SolverFields& fields,
                               const StepContext& ctx, const MacroscopicLoad& load,
                               const MethodOptions& options, const ConvergenceSettings& settings,

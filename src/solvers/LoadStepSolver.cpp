@@ -49,6 +49,16 @@ const std::map<std::string, std::vector<std::string>>& methodTable() {
   return table;
 }
 
+// The step's routine sets offer no MINRES or LSQR: those run in the load cases of the
+// effective matrices only. The step of such a run is solved by CG, the method of the same map
+// with the fewest fields, on fields that MINRES or LSQR allocated anyway ("e0" keeps its name).
+const std::map<std::string, std::map<std::string, std::string>>& stepAliasesOfCG() {
+  static const std::map<std::string, std::map<std::string, std::string>> table = {
+      {"MINRES", {{"d_k", "p_k"}, {"g_k", "r_k"}, {"Ad_k", "s_k"}}},
+      {"LSQR", {{"d_k", "v_k"}, {"g_k", "u_k"}, {"Ad_k", "Auv_k"}}}};
+  return table;
+}
+
 GreenOperatorSettings settingsOf(const KeywordsElasticity& keywords,
                                  const std::array<double, 3>& voxelLength) {
   return GreenOperatorSettings::of(keywords.greenOperator(), keywords.filter(),
@@ -216,7 +226,6 @@ NeumannResult LoadStepSolver::runMethod(SolverFields& fields, const StepContext&
   MethodOptions options;
   options.routineSet = routineSet_;
   options.stepIndex = stepIndex;
-  options.loadCaseRoutine = loadCaseRoutine;
   options.calculateResiduum = keywords_.calculateResiduum();
   options.eyreMilton =
       keywords_.accelerateWithEyreMilton() && keywords_.problemFormulation() == "DeformationGradient";
@@ -229,16 +238,27 @@ NeumannResult LoadStepSolver::runMethod(SolverFields& fields, const StepContext&
     options.divergenceWork = divergenceWork_.get();
   }
   field.resetSolverState();
-  // MINRES and LSQR are offered for the load cases only; the step's own solve of such a run
-  // (which has effective matrices to compute, or the run had been refused) takes the Neumann
-  // series, which needs no work fields of its own.
   std::string method = keywords_.iterativeMethod();
-  if (!loadCaseRoutine && (method == "MINRES" || method == "LSQR")) {
-    std::cout << "The load step is solved by the Neumann series; " << method
-              << " solves the load cases of the effective matrices.\n";
-    method = "NeumannSeries";
+  // An unknown word has no routine in any set and no work fields: the run goes on unsolved.
+  if (!methodTable().count(method)) {
+    std::cout << "Unknown iterative method " << method << ": the load "
+              << (loadCaseRoutine ? "case" : "step") << " is not solved.\n";
+    return {};
   }
-  return solveWithMethod(method, fields, ctx, load, options, settings, counters, std::cout,
+  SolverFields solveFields = fields;
+  const auto aliases = stepAliasesOfCG().find(method);
+  if (!loadCaseRoutine && aliases != stepAliasesOfCG().end()) {
+    std::cout << method << " solves the load cases of the effective matrices; the load step is "
+              << "solved by CG.\n";
+    for (const auto& [cgName, name] : aliases->second)
+      solveFields.methodFields[cgName] = fields.methodFields.at(name);
+    method = "CG";
+  }
+  // The stall note belongs to the answer a user reads: the run's last load step and the load
+  // cases of the effective matrices, never a Newton-Raphson inner solve.
+  options.reportStall = !keywords_.linearizeWithNR() &&
+                        (loadCaseRoutine || stepIndex + 1 >= keywords_.numberOfSteps());
+  return solveWithMethod(method, solveFields, ctx, load, options, settings, counters, std::cout,
                          std::cerr);
 }
 

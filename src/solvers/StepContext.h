@@ -55,6 +55,30 @@ struct StepContext {
   double tikhonovAlpha = 0.0;
 };
 
+// The input of a step taken from other fields instead of the field's own values: the sum of
+// weight * field over the terms (fields of the stepped field's shape, in real space; the
+// stepped field itself may be one of them), also written into `store` when that is set. An
+// iterative method forms its next direction this way inside the step's voxel loop, which
+// saves the pass over the fields that would form it first.
+struct StepInput {
+  static constexpr int kMaxTerms = 3;
+  int terms = 0;
+  std::array<const FFTImage*, kMaxTerms> fields{};
+  std::array<double, kMaxTerms> weights{};
+  FFTImage* store = nullptr;
+
+  StepInput& add(double weight, const FFTImage& field) {
+    fields[static_cast<std::size_t>(terms)] = &field;
+    weights[static_cast<std::size_t>(terms)] = weight;
+    ++terms;
+    return *this;
+  }
+  StepInput& storedIn(FFTImage& field) {
+    store = &field;
+    return *this;
+  }
+};
+
 // Reductions gathered by a step in passes it makes anyway.
 struct StepSums {
   // Squared norm of the field the step produced (tensor norm, summed over voxels).

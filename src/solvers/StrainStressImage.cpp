@@ -104,6 +104,39 @@ inline void computeStressAt(DiscretizedElasticMaterial& law, StepKind kind, cons
   }
 }
 
+// Where the voxel loop reads the strain of a point: the field's own values...
+struct OwnValues {
+  const double* read(const double* e, std::uint64_t, double*) const { return e; }
+};
+
+// ...or a combination of Terms other fields (StepInput), written also into the store if there
+// is one. The number of terms is a template argument, so that the loops unroll.
+template <int Terms>
+struct CombinedValues {
+  std::array<const double*, Terms> fields{};
+  std::array<double, Terms> weights{};
+  double* store = nullptr;
+
+  explicit CombinedValues(const StepInput& input)
+      : store(input.store ? input.store->data() : nullptr) {
+    for (int t = 0; t < Terms; ++t) {
+      fields[t] = input.fields[static_cast<std::size_t>(t)]->data();
+      weights[t] = input.weights[static_cast<std::size_t>(t)];
+    }
+  }
+  // The six values of the point at offset `at` into v, which is returned.
+  const double* read(const double*, std::uint64_t at, double* v) const {
+    for (int c = 0; c < 6; ++c) {
+      double sum = weights[0] * fields[0][at + c];
+      for (int t = 1; t < Terms; ++t) sum += weights[t] * fields[t][at + c];
+      v[c] = sum;
+    }
+    if (store)
+      for (int c = 0; c < 6; ++c) store[at + c] = v[c];
+    return v;
+  }
+};
+
 // The three distinct entries of an isotropic stiffness in Voigt form, and of C - C0.
 struct IsotropicEntries {
   double normal = 0.0;  // C(0, 0)
@@ -128,8 +161,9 @@ bool isotropicTableOf(const StepContext& ctx, std::array<IsotropicEntries, 256>&
 // The voxel loop for isotropic linear laws without temperature change or regularisation:
 // tau = (C - C0) e in the sparse pattern, inline, without a call per point. The
 // general loop below makes the same products through the law's S, one virtual call each.
+template <class Input>
 void isotropicStrainPass(StrainImage& image, const StepContext& ctx,
-                         const std::array<IsotropicEntries, 256>& laws) {
+                         const std::array<IsotropicEntries, 256>& laws, const Input& input) {
   const ColorImage& colours = ctx.geometry->RealVoxelImage;
   if (colours.getGlobalSizeX() != image.nFirst || colours.sizeY != image.nSecond ||
       colours.sizeZ != image.nThird)
@@ -148,14 +182,17 @@ void isotropicStrainPass(StrainImage& image, const StepContext& ctx,
     const IndexRange range = image.threadFirstRange();
     for (std::uint64_t x = range.begin; x < range.end; ++x)
       for (std::uint64_t y = 0; y < image.nSecond; ++y) {
-        double* row = data + (x - image.firstOffset) * image.planeStride + y * image.rowStride;
+        const std::uint64_t row = (x - image.firstOffset) * image.planeStride + y * image.rowStride;
         const Colour* colourRow = colours.voxelPointer(x, y, 0);
         for (std::uint64_t z = 0; z < image.nThird; ++z) {
           const Colour colour = colourRow[z * colours.strideZ];
           const IsotropicEntries& d = difference[colour];
           for (std::uint64_t p = 0; p < points; ++p) {
-            double* e = row + z * nc + 6 * p;
-            const double e0 = e[0], e1 = e[1], e2 = e[2], e3 = e[3], e4 = e[4], e5 = e[5];
+            const std::uint64_t at = row + z * nc + 6 * p;
+            double* e = data + at;
+            double values[6];
+            const double* in = input.read(e, at, values);
+            const double e0 = in[0], e1 = in[1], e2 = in[2], e3 = in[3], e4 = in[4], e5 = in[5];
             // tau_a = (C - C0)(0,1) tr e + ((C - C0)(0,0) - (C - C0)(0,1)) e_a: the row
             // products of C - C0 regrouped.
             const double trace = e0 + e1 + e2;
@@ -172,9 +209,9 @@ void isotropicStrainPass(StrainImage& image, const StepContext& ctx,
   }
 }
 
-template <bool Thermal>
+template <bool Thermal, class Input>
 void strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
-                const MacroscopicLoad& load, double* regularisationSums) {
+                const MacroscopicLoad& load, double* regularisationSums, const Input& input) {
   if (kind != StepKind::Linear && !ctx.oldField)
     fatal("A step with history needs the field of the last converged step");
   if (kind == StepKind::Linearized && !ctx.totalField)
@@ -184,7 +221,7 @@ void strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
     std::array<IsotropicEntries, 256> isotropic{};
     if (isotropicTableOf(ctx, isotropic)) {
       for (std::uint64_t i = 0; i < image.nComponents; ++i) regularisationSums[i] = 0.0;
-      isotropicStrainPass(image, ctx, isotropic);
+      isotropicStrainPass(image, ctx, isotropic, input);
       return;
     }
   }
@@ -210,16 +247,18 @@ void strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
       [&](PassAcc& local, DiscretizedElasticMaterial& law, Colour colour, std::uint64_t x,
           std::uint64_t y, std::uint64_t z, std::uint64_t p, std::uint64_t at) {
         double* e = data + at;
+        double values[6];
+        const double* in = input.read(e, at, values);
         const double* old = oldData && !zeroOld ? oldData + at : kZeroVoigt;
         const double* total = totalData ? totalData + at : nullptr;
         double s[6];
         double s0[6];
-        computeStressAt<Thermal>(law, kind, ctx, x, y, z, old, total, e, s);
-        applyIsotropicStiffness(ref, e, s0);
+        computeStressAt<Thermal>(law, kind, ctx, x, y, z, old, total, in, s);
+        applyIsotropicStiffness(ref, in, s0);
         if (tikhonov && regularised[colour]) {
           double mismatch[6];
           double pull[6];
-          for (int c = 0; c < 6; ++c) mismatch[c] = targeted[c] ? e[c] - target[c] : 0.0;
+          for (int c = 0; c < 6; ++c) mismatch[c] = targeted[c] ? in[c] - target[c] : 0.0;
           applyIsotropicStiffness(ref, mismatch, pull);
           for (int c = 0; c < 6; ++c) {
             s[c] += ctx.tikhonovAlpha * pull[c];
@@ -254,12 +293,29 @@ void requireSameShape(const FFTImage& a, const FFTImage& b) {
 
 }  // namespace
 
-void StrainImage::materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
-                               double* regularisationSums) {
+namespace {
+
+template <class Input>
+void strainPassOf(StrainImage& image, StepKind kind, const StepContext& ctx,
+                  const MacroscopicLoad& load, double* regularisationSums, const Input& input) {
   if (ctx.temperatureChange != 0.0)
-    strainPass<true>(*this, kind, ctx, load, regularisationSums);
+    strainPass<true>(image, kind, ctx, load, regularisationSums, input);
   else
-    strainPass<false>(*this, kind, ctx, load, regularisationSums);
+    strainPass<false>(image, kind, ctx, load, regularisationSums, input);
+}
+
+}  // namespace
+
+void StrainImage::materialPass(StepKind kind, const StepContext& ctx,
+                               const MacroscopicLoad& load, double* regularisationSums) {
+  const StepInput* input = stepInput();
+  switch (input ? input->terms : 0) {
+    case 1: return strainPassOf(*this, kind, ctx, load, regularisationSums, CombinedValues<1>(*input));
+    case 2: return strainPassOf(*this, kind, ctx, load, regularisationSums, CombinedValues<2>(*input));
+    case 3: return strainPassOf(*this, kind, ctx, load, regularisationSums, CombinedValues<3>(*input));
+    default: break;
+  }
+  strainPassOf(*this, kind, ctx, load, regularisationSums, OwnValues{});
 }
 
 void StrainImage::computeStress(FFTImage& out, const StepContext& ctx) const {

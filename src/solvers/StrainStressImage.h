@@ -46,6 +46,7 @@ class StrainImage : public StrainStressImage {
   double applyPsi0(const StepContext& ctx, const SpectrumPass& pass) override;
 
  protected:
+  bool readsStepInput() const override { return true; }
   void materialPass(StepKind kind, const StepContext& ctx, const MacroscopicLoad& load,
                     double* regularisationSums) override;
   void computeMeanFromSpectrum(const StepContext& ctx, const MacroscopicLoad& load,
