@@ -65,13 +65,15 @@ struct LaminateCase {
   Grid grid;
 };
 
-std::string caseName(const testing::TestParamInfo<LaminateCase>& info) {
-  const LaminateCase& c = info.param;
+std::string caseName(const LaminateCase& c) {
   return std::string(c.discretisation == GreenOperatorType::Basic ? "Basic" : "StaggeredGrid") +
          "_contrast" + std::to_string(static_cast<int>(c.contrast)) + "_axis" +
          std::to_string(c.axis) + "_" + std::to_string(c.grid[0]) + "x" +
          std::to_string(c.grid[1]) + "x" + std::to_string(c.grid[2]);
 }
+
+// ctest lists a parameter by its printed form: the case's name, not its bytes.
+void PrintTo(const LaminateCase& c, std::ostream* out) { *out << caseName(c); }
 
 class NeumannLaminate : public testing::TestWithParam<LaminateCase> {
  protected:
@@ -201,7 +203,7 @@ INSTANTIATE_TEST_SUITE_P(
                     LaminateCase{GreenOperatorType::StaggeredGrid, 10.0, 2, {5, 4, 6}},
                     LaminateCase{GreenOperatorType::StaggeredGrid, 1000.0, 0, {9, 3, 4}},
                     LaminateCase{GreenOperatorType::StaggeredGrid, 100.0, 1, {4, 6, 5}}),
-    caseName);
+    [](const testing::TestParamInfo<LaminateCase>& info) { return caseName(info.param); });
 
 }  // namespace
 }  // namespace gridmoor
