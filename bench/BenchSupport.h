@@ -53,14 +53,14 @@ inline void sphereComposite(std::uint64_t n, double contrast, StaticGeometry& ge
 
 // Seconds of a forward+backward transform pair of `field` (planned; values are lost): the two
 // plans alone, without the normalisation pass, the floor an iteration can reach; the fastest
-// of ten, since on a shared machine the others measure the neighbours as well. The
+// of `repeats`, since on a shared machine the others measure the neighbours as well. The
 // unnormalised round trips scale the values by N each time, so they start from zeros.
-inline double transformPairSeconds(FFTImage& field) {
+inline double transformPairSeconds(FFTImage& field, int repeats = 10) {
   static_cast<FFTImage&>(field) = 0.0;
   fftw_execute(field.forwardPlan);
   fftw_execute(field.backwardPlan);
   std::vector<double> pairs;
-  for (int i = 0; i < 10; ++i) {
+  for (int i = 0; i < repeats; ++i) {
     Timer t;
     t.start();
     fftw_execute(field.forwardPlan);
@@ -68,6 +68,13 @@ inline double transformPairSeconds(FFTImage& field) {
     pairs.push_back(t.seconds());
   }
   return *std::min_element(pairs.begin(), pairs.end());
+}
+
+// The median of `values` (not empty).
+inline double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const std::size_t n = values.size();
+  return n % 2 ? values[n / 2] : 0.5 * (values[n / 2 - 1] + values[n / 2]);
 }
 
 }  // namespace gridmoor::bench

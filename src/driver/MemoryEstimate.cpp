@@ -45,8 +45,7 @@ std::uint64_t solverFieldCount(const KeywordsElasticity& kw, const MemoryEstimat
   std::uint64_t fields = 1;  // deltaE
   if (separateOldField(kw, in)) ++fields;  // E_old
   if (kw.linearizeWithNR()) ++fields;               // E
-  // A method word outside the table never reaches the solve (the run refuses it), so it
-  // adds no fields.
+  // A method word outside the table allocates no work fields: the run solves nothing.
   const auto method = methodFieldCounts().find(kw.iterativeMethod());
   const bool neumann = method == methodFieldCounts().end() || method->first == "NeumannSeries";
   if (!neumann) {

@@ -74,6 +74,13 @@ void RunSequence::homogenize(int step) {
   // state only for laws that are affine linear in the strain.
   if (!materials_->allLinearForFormulation(kw, *geometry_))
     stopAtMissingStep("effective matrices of laws that are not affine linear");
+  // Without a method no case is solved, and matrices of unsolved cases would be the unit
+  // loads' uniform fields: none are written.
+  if (!isIterativeMethod(kw.iterativeMethod())) {
+    std::cout << "Unknown iterative method " << kw.iterativeMethod()
+              << ": the effective matrices are not computed.\n";
+    return;
+  }
   ElasticityHyperelasticityImage& field = *fields_->deltaE;
 
   // The cases overwrite the solution field; the step's solution is kept for the next step's

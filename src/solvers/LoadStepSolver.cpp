@@ -125,6 +125,8 @@ MacroscopicLoad loadCaseLoad(const KeywordsElasticity& keywords, int loadCase) {
   return load;
 }
 
+bool isIterativeMethod(const std::string& method) { return methodTable().count(method) > 0; }
+
 MacroscopicLoad macroscopicLoadOf(const KeywordsElasticity& keywords, double time) {
   std::vector<double> values;
   keywords.macroscopicLoadAt(time, values);
@@ -240,7 +242,7 @@ NeumannResult LoadStepSolver::runMethod(SolverFields& fields, const StepContext&
   field.resetSolverState();
   std::string method = keywords_.iterativeMethod();
   // An unknown word has no routine in any set and no work fields: the run goes on unsolved.
-  if (!methodTable().count(method)) {
+  if (!isIterativeMethod(method)) {
     std::cout << "Unknown iterative method " << method << ": the load "
               << (loadCaseRoutine ? "case" : "step") << " is not solved.\n";
     return {};

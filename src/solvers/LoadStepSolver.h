@@ -39,6 +39,9 @@ SolverFields allocateSolverFields(const KeywordsElasticity& keywords,
                                   const MaterialElasticVector& materials, const Geometry& geometry,
                                   const std::array<std::uint64_t, 3>& grid, bool pathIndependent);
 
+// True when some routine set offers `method`: an unknown word solves nothing.
+bool isIterativeMethod(const std::string& method);
+
 // The macroscopic load of the keyword store at `time` in the solver's form.
 MacroscopicLoad macroscopicLoadOf(const KeywordsElasticity& keywords, double time);
 
