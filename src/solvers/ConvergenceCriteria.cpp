@@ -170,7 +170,7 @@ void ConvergenceMonitor::reportProgress(Track& t, double difference, double scal
   subProgress(static_cast<int>(100.0 * q));
   const int percent =
       static_cast<int>((settings_.doneSteps + q) * (90.0 / settings_.totalSteps) + 5.0);
-  if (settings_.totalSteps == 1) progress(percent);
+  if (settings_.singleTimeStep) progress(percent);
   progressPoint(percent, n, error);
 }
 

@@ -31,6 +31,9 @@ struct ConvergenceSettings {
   // The main progress bar: steps finished before this solve and all steps of the run.
   int doneSteps = 0;
   int totalSteps = 1;
+  // A run of one time step: the main bar moves with the iterations of each solve, its own
+  // and its load cases'; in a longer history it moves between the steps only.
+  bool singleTimeStep = true;
 
   // Sets the three flags from a ConvergenceNorm word; any other word ends the run.
   void setNorm(const std::string& word);

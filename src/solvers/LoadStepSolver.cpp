@@ -225,6 +225,7 @@ NeumannResult LoadStepSolver::runMethod(SolverFields& fields, const StepContext&
       ConvergenceSettings::fromKeywords(keywords_, outputDirectory_, runTimer_);
   settings.doneSteps = doneSteps;
   settings.totalSteps = totalSteps;
+  settings.singleTimeStep = keywords_.numberOfSteps() == 1;
   MethodOptions options;
   options.routineSet = routineSet_;
   options.stepIndex = stepIndex;
