@@ -14,33 +14,11 @@ namespace gridmoor {
 
 class ElasticityHyperelasticityImage;
 
-// Runs body(offset, sums) once per voxel of `shape`, offset being the index of the voxel's
-// first value in every buffer of that shape. The row padding of the r2c layout is never
-// visited: after a backward transform it holds leftovers that must not enter a reduction.
-// Threads take static chunks of the first axis and add into their own sums, merged at the end.
-template <std::size_t NSums, class Body>
-std::array<double, NSums> voxelPass(const FFTImage& shape, Body&& body) {
-  std::array<double, NSums> total{};
-#pragma omp parallel
-  {
-    std::array<double, NSums> local{};
-    const IndexRange range = shape.threadFirstRange();
-    for (std::uint64_t x = range.begin; x < range.end; ++x)
-      for (std::uint64_t y = 0; y < shape.nSecond; ++y) {
-        const std::uint64_t row = (x - shape.firstOffset) * shape.planeStride + y * shape.rowStride;
-        for (std::uint64_t z = 0; z < shape.nThird; ++z) body(row + z * shape.nComponents, local);
-      }
-    if constexpr (NSums > 0) {
-#pragma omp critical(gridmoor_voxel_pass)
-      for (std::size_t i = 0; i < NSums; ++i) total[i] += local[i];
-    }
-  }
-  return total;
-}
-
 // Runs body(offset, sums) once per row of `shape`: the nThird voxels of one (x, y), whose
 // rowLength values lie contiguous from offset on, so that elementwise loops over a row
-// vectorize. Threads and sums as in voxelPass; the padding is never visited.
+// vectorize. The row padding of the r2c layout is never visited: after a backward transform
+// it holds leftovers that must not enter a reduction. Threads take static chunks of the first
+// axis and add into their own sums, merged at the end.
 inline std::uint64_t rowLength(const FFTImage& shape) { return shape.nThird * shape.nComponents; }
 
 template <std::size_t NSums, class Body>
@@ -59,6 +37,17 @@ std::array<double, NSums> rowPass(const FFTImage& shape, Body&& body) {
     }
   }
   return total;
+}
+
+// Runs body(offset, sums) once per voxel of `shape`, offset being the index of the voxel's
+// first value in every buffer of that shape: rowPass with a loop over the row's voxels.
+template <std::size_t NSums, class Body>
+std::array<double, NSums> voxelPass(const FFTImage& shape, Body&& body) {
+  const std::uint64_t voxels = shape.nThird;
+  const std::uint64_t width = shape.nComponents;
+  return rowPass<NSums>(shape, [&](std::uint64_t row, std::array<double, NSums>& sums) {
+    for (std::uint64_t z = 0; z < voxels; ++z) body(row + z * width, sums);
+  });
 }
 
 // A symmetric bilinear form on the values of one voxel: a weight per value plus, for
