@@ -13,6 +13,7 @@
 #include "formats/VtiReader.h"
 #include "input/KeyWordsLattora.h"
 #include "materials/MaterialVector.h"
+#include "operators/DiscreteGreenOperator.h"
 #include "operators/FFTImage.h"
 #include "postprocessing/LoadCaseResponses.h"
 #include "postprocessing/ResultFile.h"
@@ -90,6 +91,11 @@ bool RunSequence::canGoOnFrom(int step) const {
   const KeyWordsLattora& kw = *keywords_;
   if (extensionOf(solutionFileName(kw, outputDirectory_)) != "vti") return false;
   if (kw.problemFormulation() != "Strain") return false;
+  // The field files hold one value per voxel, the mean of its points: a discretisation with
+  // several points per voxel could not take its field back from them, so it starts afresh.
+  if (GreenOperatorSettings::of(kw.greenOperator(), kw.filter(), kw.specializeOperators())
+          .mainRule.count != 1)
+    return false;
   const std::string field = fieldFileName(step);
   VtiReader reader(field.substr(0, field.size() - 4));
   for (int axis = 0; axis < 3; ++axis)
