@@ -2,11 +2,13 @@
 # Prints the iterative-method tables: iterations to 1e-6 of every method on the sphere
 # composite at contrasts 10, 100 and 1000, each method with the reference material a run
 # chooses for it, and the time per iteration of CG and BiCGSTAB as a ratio to the transform
-# pair measured in the same process (fastest of KRYLOV_REPEATS).
+# pair measured in the same process (medians of KRYLOV_REPEATS rounds that time both side
+# by side).
 #
 #   bench/krylov.sh                                 64^3, 2 threads
 #   KRYLOV_SIZE=32 KRYLOV_CONTRASTS="10 100" bench/krylov.sh
 #   KRYLOV_TABLES=times bench/krylov.sh             only the time table
+#   KRYLOV_SIZE=256 KRYLOV_PLANNER=Measure KRYLOV_TABLES=times KRYLOV_CONTRASTS=10 bench/krylov.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -15,7 +17,8 @@ KRYLOV_SIZE=${KRYLOV_SIZE:-64}
 KRYLOV_THREADS=${KRYLOV_THREADS:-2}
 KRYLOV_CONTRASTS=${KRYLOV_CONTRASTS:-10 100 1000}
 KRYLOV_MAXITER=${KRYLOV_MAXITER:-2000}
-KRYLOV_REPEATS=${KRYLOV_REPEATS:-3}
+KRYLOV_REPEATS=${KRYLOV_REPEATS:-5}
+KRYLOV_PLANNER=${KRYLOV_PLANNER:-Estimate}
 KRYLOV_TABLES=${KRYLOV_TABLES:-both}
 
 if [[ ! -x "$BUILD/krylov_iterations" ]]; then
@@ -27,7 +30,7 @@ rows=()
 times=()
 for contrast in $KRYLOV_CONTRASTS; do
   out=$("$BUILD/krylov_iterations" "$KRYLOV_SIZE" "$KRYLOV_THREADS" "$contrast" \
-    "$KRYLOV_MAXITER" "$KRYLOV_TABLES" "$KRYLOV_REPEATS")
+    "$KRYLOV_MAXITER" "$KRYLOV_TABLES" "$KRYLOV_REPEATS" "$KRYLOV_PLANNER")
   while IFS= read -r line; do
     case "$line" in
       "I|"*) rows+=("${line#I}") ;;
@@ -47,7 +50,7 @@ if [[ ${#rows[@]} -gt 0 ]]; then
 fi
 if [[ ${#times[@]} -gt 0 ]]; then
   echo
-  echo "Time per iteration against the transform pair of the same process (\"Basic\", fastest of ${KRYLOV_REPEATS}; BiCGSTAB makes two products per iteration)"
+  echo "Time per iteration against the transform pair of the same process (\"Basic\", medians of ${KRYLOV_REPEATS} rounds; BiCGSTAB makes two products per iteration)"
   echo
   echo "| Method | Contrast | Grid | Threads | Iteration [s] | Pair [s] | Ratio |"
   echo "|---|---|---|---|---|---|---|"
