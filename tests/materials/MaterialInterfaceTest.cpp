@@ -28,12 +28,6 @@ TEST(MaterialInterfaceDeathTest, UnansweredOperationsEndTheRunNamingThemselves) 
   KeywordsElasticity keywords;
   EXPECT_EXIT(law.initInternalVariablesStrain(keywords), ::testing::ExitedWithCode(1),
               refusal("initInternalVariablesStrain()"));
-  EXPECT_EXIT(law.totalNumberOfInternalVariablesPerVoxelDeformationGradient(0),
-              ::testing::ExitedWithCode(1),
-              refusal("totalNumberOfInternalVariablesPerVoxelDeformationGradient()"));
-  double low, high;
-  EXPECT_EXIT(law.getMinMaxEigenvaluePolarisation(0, nullptr, low, high),
-              ::testing::ExitedWithCode(1), refusal("getMinMaxEigenvaluePolarisation(...)"));
   EXPECT_EXIT(law.getCVoigtInverse(), ::testing::ExitedWithCode(1),
               "^getCVoigtInverse\\(\\) not implemented for this material\n$");
   DiscretizedHeatMaterial heat;
