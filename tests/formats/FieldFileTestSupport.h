@@ -57,6 +57,11 @@ class ScratchDirectory : public ::testing::Test {
   static void writeBytes(const std::string& file, const std::string& bytes) {
     std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
   }
+  // A file of the directory with the bytes; returns its path.
+  std::string fileWith(const std::string& name, const std::string& bytes) const {
+    writeBytes(path(name), bytes);
+    return path(name);
+  }
   std::filesystem::path dir_;
   std::string deathTestStyle_;
 };
