@@ -4,25 +4,18 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
+#include "../formats/FieldFileTestSupport.h"
 #include "driver/Console.h"
 #include "driver/Logger.h"
 #include "driver/RunSequence.h"
 
 namespace fs = std::filesystem;
 using namespace gridmoor;
+using gridmoor::testing::readFile;
 
 namespace {
-
-std::string readAll(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
 
 // Death tests re-run the test in a new process, so the directory name must not depend on
 // the process.
@@ -49,7 +42,7 @@ TEST(ConsoleRedirection, TerminationSignalLeavesThroughTheExitHandler) {
     std::exit(0);
   };
   EXPECT_EXIT(body(), ::testing::ExitedWithCode(1), "");
-  EXPECT_EQ(readAll(dir / "stdout.txt"), "before the signal\n");
+  EXPECT_EQ(readFile(dir / "stdout.txt"), "before the signal\n");
   EXPECT_FALSE(fs::exists(dir / "error.txt"));
   fs::remove_all(dir);
 }
@@ -67,7 +60,7 @@ TEST(Logger, NamesRankFilesAndPrefixesDebugLines) {
   logger.progress(50, 1.0, 0.25);
   logger.setDebugPrefix(false);
   logger.debug("bare\n");
-  EXPECT_EQ(readAll(dir / "plain"),
+  EXPECT_EQ(readFile(dir / "plain"),
             "[DEBUG] value 7\n###PROGRESS### 50 1.000000e+00 2.500000e-01\nbare\n");
   fs::remove_all(dir);
 }

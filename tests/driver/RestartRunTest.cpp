@@ -20,6 +20,8 @@
 #include <thread>
 #include <vector>
 
+#include "../formats/FieldFileTestSupport.h"
+
 extern char** environ;
 
 namespace gridmoor {
@@ -27,15 +29,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
+using gridmoor::testing::readFile;
 
 constexpr int kSteps = 5;
-
-std::string readAll(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
 
 std::string resultName(int oneBasedStep) { return "result_" + std::to_string(oneBasedStep) + ".txt"; }
 
@@ -57,7 +53,7 @@ class RestartRun : public ::testing::Test {
     const fs::path dir = root_ / name;
     fs::copy(fs::path(GRIDMOOR_SOURCE_DIR) / "tests/driver/restart_run", dir);
     if (effective) {
-      std::string parameters = readAll(dir / "run.xml");
+      std::string parameters = readFile(dir / "run.xml");
       for (const auto& [from, to] : {std::pair<std::string, std::string>{
                                           "<WriteEffectiveMatrix>0", "<WriteEffectiveMatrix>1"},
                                       {"<ComputeLoadCaseList>1", "<ComputeLoadCaseList>1,2,3"},
@@ -113,7 +109,7 @@ class RestartRun : public ::testing::Test {
   // or the load cases of "Loadcase = ".
   std::vector<int> numbered(const fs::path& dir, const std::string& label) const {
     std::vector<int> numbers;
-    std::istringstream lines(readAll(console(dir)));
+    std::istringstream lines(readFile(console(dir)));
     for (std::string line; std::getline(lines, line);)
       if (line.rfind(label, 0) == 0) numbers.push_back(std::stoi(line.substr(label.size())));
     return numbers;
@@ -138,7 +134,7 @@ class RestartRun : public ::testing::Test {
   // precision (6 digits), with a floor for components that are zero up to rounding.
   static void expectSameResults(const fs::path& expected, const fs::path& actual) {
     for (int step = 1; step <= kSteps; ++step) {
-      std::string a = readAll(expected / resultName(step)), b = readAll(actual / resultName(step));
+      std::string a = readFile(expected / resultName(step)), b = readFile(actual / resultName(step));
       ASSERT_FALSE(a.empty()) << resultName(step);
       std::replace(a.begin(), a.end(), ',', ' ');
       std::replace(b.begin(), b.end(), ',', ' ');
@@ -171,7 +167,7 @@ TEST_F(RestartRun, StoppedRunGoesOnFromItsLastCompleteStepToTheSameResults) {
   // complete on disk by then.
   stopWhenExists(cut, resultName(3));
 
-  ASSERT_EQ(run(cut), 0) << readAll(root_ / "cut.err");
+  ASSERT_EQ(run(cut), 0) << readFile(root_ / "cut.err");
   const std::vector<int> steps = stepsRun(cut);
   ASSERT_FALSE(steps.empty());
   EXPECT_GE(steps.front(), 3) << "finished steps were done again";
@@ -192,7 +188,7 @@ TEST_F(RestartRun, StopInsideTheLoadCasesOfAStepGoesOnWithThatStepAndItsFinished
   stopWhenExists(cut, "fields_3_XX.finished");
   ASSERT_TRUE(fs::exists(cut / "fields_3_XX.response"));
 
-  ASSERT_EQ(run(cut), 0) << readAll(root_ / "cut.err");
+  ASSERT_EQ(run(cut), 0) << readFile(root_ / "cut.err");
   EXPECT_EQ(stepsRun(cut), (std::vector<int>{3, 4, 5}));
   // Step 3 goes on after the cases that it finished before the stop; the later steps run
   // all three.

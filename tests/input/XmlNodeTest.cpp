@@ -3,11 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
 #include <random>
-#include <sstream>
+
+#include "../formats/FieldFileTestSupport.h"
 
 using namespace gridmoor;
+using gridmoor::testing::readFile;
 
 namespace {
 
@@ -16,13 +17,6 @@ XmlResults parse(const std::string& text, XmlNode* node = nullptr, const std::st
   XmlNode n = XmlNode::parseString(text, root, &r);
   if (node) *node = n;
   return r;
-}
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
 }
 
 }  // namespace
