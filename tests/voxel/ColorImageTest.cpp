@@ -222,14 +222,6 @@ TEST_F(ColorImageFiles, VtkCellAndPointData) {
   ASSERT_EQ(pointImage.size(), 2u);
   EXPECT_EQ(pointImage.at(0, 0, 0), 9);
   EXPECT_EQ(pointImage.at(1, 0, 0), 11);
-
-  const std::string cut = fileWith(
-      "cut.vtk", head + "CELL_DATA 12\nSCALARS Materials unsigned_char\nLOOKUP_TABLE default\n" + values.substr(5));
-  EXPECT_EXIT(ColorImage("x").readVtk(cut, 0, "None"), ::testing::ExitedWithCode(1), "is truncated");
-  const std::string bad = fileWith("bad.vtk", "# vtk\nx\nBINARY\nDATASET\nDIMENSIONS a b c\n");
-  EXPECT_EXIT(ColorImage("x").readVtk(bad, 0, "None"), ::testing::ExitedWithCode(1), "incomplete header");
-  EXPECT_EXIT(ColorImage("x").readVtk(path("no.vtk"), 0, "None"), ::testing::ExitedWithCode(1),
-              "no.vtk can not be opened \n$");
 }
 
 TEST_F(ColorImageFiles, MetaImageAndRawExportTransposeToXFastest) {

@@ -169,7 +169,7 @@ TEST(VectorArithmeticDeathTest, UnequalSizesEndTheRun) {
               "^Function Vector::addScaled can not be called for two Vectors with different size\\.\n$");
 }
 
-TEST(VectorFileSinks, MemoryFileReceivesTheBytesCountsItsBufferAndRefusesToGrow) {
+TEST(VectorFileSinks, MemoryFileReceivesTheBytesAndCountsItsBuffer) {
   const std::uint64_t before = allocatedBytes;
   {
     MemoryFile memory(8);
@@ -178,7 +178,6 @@ TEST(VectorFileSinks, MemoryFileReceivesTheBytesCountsItsBufferAndRefusesToGrow)
     sink.write("defgh", 5);
     EXPECT_EQ(std::string(memory.data(), memory.size()), "abcdefgh");
     EXPECT_EQ(allocatedBytes - before, 8u);
-    EXPECT_EXIT(sink.write("i", 1), testing::ExitedWithCode(1), "does not fit");
   }
   EXPECT_EQ(allocatedBytes, before) << "the buffer's capacity is given back";
 }
