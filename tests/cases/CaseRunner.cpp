@@ -36,13 +36,6 @@ std::string shellQuote(const std::string& s) {
   return out + "'";
 }
 
-std::string firstProtocolLine(const std::string& text) {
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);)
-    if (line.rfind("###", 0) == 0) return line;
-  return {};
-}
-
 class EndToEnd : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(EndToEnd, Case) {
@@ -94,8 +87,6 @@ TEST_P(EndToEnd, Case) {
         EXPECT_NE(text.find(needle), std::string::npos) << name << " lacks: " << needle << "\n--- " << name << ":\n" << text;
       else if (verb == "lacks")
         EXPECT_EQ(text.find(needle), std::string::npos) << name << " contains: " << needle << "\n--- " << name << ":\n" << text;
-      else if (verb == "first")
-        EXPECT_EQ(firstProtocolLine(text), needle) << name;
       else
         ADD_FAILURE() << "unknown expectation: " << line;
     };

@@ -4,25 +4,18 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
+#include "../formats/FieldFileTestSupport.h"
 #include "driver/Console.h"
 #include "driver/Logger.h"
 #include "driver/RunSequence.h"
 
 namespace fs = std::filesystem;
 using namespace gridmoor;
+using gridmoor::testing::readFile;
 
 namespace {
-
-std::string readAll(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
 
 // Death tests re-run the test in a new process, so the directory name must not depend on
 // the process.
@@ -33,49 +26,12 @@ fs::path freshDirectory(const std::string& name) {
   return dir;
 }
 
-// The child process redirects both streams, writes, and leaves through exit(): the exit
-// handler must have drained the pipes into the files and removed an empty error file.
-void runRedirected(const fs::path& dir, bool writeError, size_t bulkBytes) {
-  // The console copy of the bulk text is not wanted in the test log.
-  if (bulkBytes > 0 && !std::freopen("/dev/null", "w", stdout)) std::exit(3);
-  redirectStandardStreams((dir / "stdout.txt").string(), (dir / "error.txt").string());
-  installExitAndSignalHandlers();
-  std::printf("log line\n");
-  std::string bulk(bulkBytes, 'x');
-  std::fwrite(bulk.data(), 1, bulk.size(), stdout);
-  progress(0);
-  if (writeError) std::fprintf(stderr, "something failed\n");
-  std::exit(writeError ? 1 : 0);
-}
-
 }  // namespace
 
-class ConsoleRedirection : public ::testing::Test {
- protected:
-  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-};
-
-TEST_F(ConsoleRedirection, CopiesStdoutAndRemovesAnEmptyErrorFile) {
-  const fs::path dir = freshDirectory("gridmoor-console-ok");
-  // 3 * 8191 + 5 bytes make the pump go round several full reads.
-  EXPECT_EXIT(runRedirected(dir, false, 3 * 8191 + 5), ::testing::ExitedWithCode(0), "");
-  const std::string out = readAll(dir / "stdout.txt");
-  EXPECT_EQ(out.rfind("log line\n", 0), 0u);
-  EXPECT_EQ(out.size(), std::string("log line\n").size() + 3 * 8191 + 5);
-  // Protocol lines reach the host but not the log copy.
-  EXPECT_EQ(out.find("###PROGRESS###"), std::string::npos);
-  EXPECT_FALSE(fs::exists(dir / "error.txt"));
-  fs::remove_all(dir);
-}
-
-TEST_F(ConsoleRedirection, KeepsAnErrorFileThatHasText) {
-  const fs::path dir = freshDirectory("gridmoor-console-error");
-  EXPECT_EXIT(runRedirected(dir, true, 0), ::testing::ExitedWithCode(1), "something failed");
-  EXPECT_EQ(readAll(dir / "error.txt"), "something failed\n");
-  fs::remove_all(dir);
-}
-
-TEST_F(ConsoleRedirection, TerminationSignalLeavesThroughTheExitHandler) {
+// The log copy and the removal of an empty error file at a normal end are end-to-end cases;
+// a termination signal must leave through the same exit handler.
+TEST(ConsoleRedirection, TerminationSignalLeavesThroughTheExitHandler) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
   const fs::path dir = freshDirectory("gridmoor-console-signal");
   auto body = [&] {
     redirectStandardStreams((dir / "stdout.txt").string(), (dir / "error.txt").string());
@@ -86,7 +42,7 @@ TEST_F(ConsoleRedirection, TerminationSignalLeavesThroughTheExitHandler) {
     std::exit(0);
   };
   EXPECT_EXIT(body(), ::testing::ExitedWithCode(1), "");
-  EXPECT_EQ(readAll(dir / "stdout.txt"), "before the signal\n");
+  EXPECT_EQ(readFile(dir / "stdout.txt"), "before the signal\n");
   EXPECT_FALSE(fs::exists(dir / "error.txt"));
   fs::remove_all(dir);
 }
@@ -104,7 +60,7 @@ TEST(Logger, NamesRankFilesAndPrefixesDebugLines) {
   logger.progress(50, 1.0, 0.25);
   logger.setDebugPrefix(false);
   logger.debug("bare\n");
-  EXPECT_EQ(readAll(dir / "plain"),
+  EXPECT_EQ(readFile(dir / "plain"),
             "[DEBUG] value 7\n###PROGRESS### 50 1.000000e+00 2.500000e-01\nbare\n");
   fs::remove_all(dir);
 }

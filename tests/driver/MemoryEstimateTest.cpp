@@ -1,12 +1,14 @@
 // The report's memory estimate counts the fields the run really allocates: its field count
 // must follow the field table for every method and load history, and the scratch fields and
-// buffers of output and homogenization come on top at their time.
+// buffers of output and homogenization come on top at their time. The measured memory and
+// the disk figures of the report.
 #include <gtest/gtest.h>
 
 #include <set>
 
 #include "../solvers/SolverTestSupport.h"
 #include "driver/MemoryEstimate.h"
+#include "driver/RunReport.h"
 #include "solvers/LoadStepSolver.h"
 
 namespace gridmoor {
@@ -82,6 +84,18 @@ TEST(MemoryEstimate, BytesAreTheFieldsAndTheLargerLaterNeedOverBaseAndPlans) {
   k.computeAllLoadCases.set(false);
   k.computeLoadCaseList.set({"1"});
   EXPECT_EQ(estimateMemoryKB(k, in), 1024u + 2 * 128 * 768);
+}
+
+TEST(RunReport, MemoryAndDiskFigures) {
+  const std::uint64_t before = realMemoryKB();
+  EXPECT_GT(before, 0u);
+  {
+    Vector<double> big(32 * 1024 * 1024 / 8, 1.0, "big");  // 32 MiB, touched by the fill
+    EXPECT_GE(realMemoryKB(), before + 30 * 1024);
+  }
+  EXPECT_EQ(freeDiskSpace("\\\\server\\share\\run.xml"), 0u);
+  EXPECT_GT(diskSize("/tmp/run.xml"), 0u);
+  EXPECT_LE(freeDiskSpace("/tmp/run.xml"), diskSize("/tmp/run.xml"));
 }
 
 }  // namespace

@@ -20,8 +20,7 @@
 #include <thread>
 #include <vector>
 
-#include "voxel/ColorImage.h"
-#include "voxel/GeometryGenerator.h"
+#include "../formats/FieldFileTestSupport.h"
 
 extern char** environ;
 
@@ -30,49 +29,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
+using gridmoor::testing::readFile;
 
 constexpr int kSteps = 5;
-
-// A sphere of about a fifth of the volume in 16^3 voxels under a strain ramp in 5 steps. The
-// tight tolerance makes the results of two runs agree far below the printed digits.
-constexpr const char* kParameters = R"(<?xml version="1.0" encoding="utf-8"?>
-<Settings>
-  <input>
-    <LicenseFileName>none</LicenseFileName><GeometryDescriptionFile>geometry.ldt</GeometryDescriptionFile>
-    <BoxelLengthX>1</BoxelLengthX><BoxelLengthY>1</BoxelLengthY><BoxelLengthZ>1</BoxelLengthZ>
-    <BoxelUnits>um</BoxelUnits><MaterParamValues><EModulUnit>GPa</EModulUnit></MaterParamValues>
-    <MaterialData>
-      <Material><MaterNumber>0</MaterNumber><MaterName>Epoxy</MaterName><Type>LE</Type>
-        <MaterialParameters><E><value>3.5</value></E><nu><value>0.35</value></nu></MaterialParameters></Material>
-      <Material><MaterNumber>1</MaterNumber><MaterName>Glass</MaterName><Type>LE</Type>
-        <MaterialParameters><E><value>72.0</value></E><nu><value>0.22</value></nu></MaterialParameters></Material>
-    </MaterialData>
-    <IterativeMethod>NeumannSeries</IterativeMethod><Scheme>Basic</Scheme>
-    <MaxIterationNumber>1000</MaxIterationNumber><MaxRunTime>3600</MaxRunTime>
-    <StoppingTolerance>1e-10</StoppingTolerance><NumberOfThreads>1</NumberOfThreads>
-    <EstimateMemory>0</EstimateMemory><MethodList>CEL</MethodList><ProblemFormulation>Strain</ProblemFormulation>
-    <SolverTimeStepType>UserDefined</SolverTimeStepType><SolverTimeSteps>0,0.2,0.4,0.6,0.8,1.0</SolverTimeSteps>
-    <MacroscopicLoadType>LinearInterpolation</MacroscopicLoadType>
-    <MacroscopicLoad>0,0,0,0,0,0,0;1,0.01,0.002,0,0,0.004,0</MacroscopicLoad>
-  </input>
-  <output>
-    <Verbose>0</Verbose><WriteEffectiveMatrix>0</WriteEffectiveMatrix>
-    <EffectiveMatrixFileName>result.txt</EffectiveMatrixFileName><SaveRestartFile>state.gmr</SaveRestartFile>
-    <WriteSolutionVtk>1</WriteSolutionVtk><SolutionVtkFileName>fields.vti</SolutionVtkFileName>
-    <WriteDasFile>0</WriteDasFile><StressComponents>XX</StressComponents><StrainComponents>XX</StrainComponents>
-    <DisplacementComponents>X</DisplacementComponents><EquivalencePrinciple>Energy</EquivalencePrinciple>
-    <ComputeLoadCaseList>1</ComputeLoadCaseList><AverageStrainStress>1</AverageStrainStress>
-    <AverageSurfaceForces>1</AverageSurfaceForces><WriteComputationalCosts>1</WriteComputationalCosts>
-  </output>
-</Settings>
-)";
-
-std::string readAll(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
 
 std::string resultName(int oneBasedStep) { return "result_" + std::to_string(oneBasedStep) + ".txt"; }
 
@@ -88,28 +47,21 @@ class RestartRun : public ::testing::Test {
     else std::cerr << "kept " << root_ << "\n";
   }
 
-  // effective: three load cases of the effective matrices after every step.
+  // A copy of the folder restart_run; effective: three load cases of the effective matrices
+  // after every step.
   fs::path prepare(const std::string& name, bool effective = false) {
     const fs::path dir = root_ / name;
-    fs::create_directories(dir);
-    GeneratorOptions options;
-    options.shape = GeneratorShape::Sphere;
-    options.size = {16, 16, 16};
-    options.fraction = 0.2;
-    options.output = (dir / "geometry.ldt").string();
-    ColorImage image("geometry");
-    generateGeometry(options, image);
-    image.writeLdt(options.output);
-    std::string parameters = kParameters;
+    fs::copy(fs::path(GRIDMOOR_SOURCE_DIR) / "tests/driver/restart_run", dir);
     if (effective) {
+      std::string parameters = readFile(dir / "run.xml");
       for (const auto& [from, to] : {std::pair<std::string, std::string>{
                                           "<WriteEffectiveMatrix>0", "<WriteEffectiveMatrix>1"},
                                       {"<ComputeLoadCaseList>1", "<ComputeLoadCaseList>1,2,3"},
                                       {"<EquivalencePrinciple>Energy",
                                        "<EquivalencePrinciple>EnergyAndStrain"}})
         parameters.replace(parameters.find(from), from.size(), to);
+      std::ofstream(dir / "run.xml") << parameters;
     }
-    std::ofstream(dir / "run.xml") << parameters;
     return dir;
   }
 
@@ -157,7 +109,7 @@ class RestartRun : public ::testing::Test {
   // or the load cases of "Loadcase = ".
   std::vector<int> numbered(const fs::path& dir, const std::string& label) const {
     std::vector<int> numbers;
-    std::istringstream lines(readAll(console(dir)));
+    std::istringstream lines(readFile(console(dir)));
     for (std::string line; std::getline(lines, line);)
       if (line.rfind(label, 0) == 0) numbers.push_back(std::stoi(line.substr(label.size())));
     return numbers;
@@ -182,7 +134,7 @@ class RestartRun : public ::testing::Test {
   // precision (6 digits), with a floor for components that are zero up to rounding.
   static void expectSameResults(const fs::path& expected, const fs::path& actual) {
     for (int step = 1; step <= kSteps; ++step) {
-      std::string a = readAll(expected / resultName(step)), b = readAll(actual / resultName(step));
+      std::string a = readFile(expected / resultName(step)), b = readFile(actual / resultName(step));
       ASSERT_FALSE(a.empty()) << resultName(step);
       std::replace(a.begin(), a.end(), ',', ' ');
       std::replace(b.begin(), b.end(), ',', ' ');
@@ -215,7 +167,7 @@ TEST_F(RestartRun, StoppedRunGoesOnFromItsLastCompleteStepToTheSameResults) {
   // complete on disk by then.
   stopWhenExists(cut, resultName(3));
 
-  ASSERT_EQ(run(cut), 0) << readAll(root_ / "cut.err");
+  ASSERT_EQ(run(cut), 0) << readFile(root_ / "cut.err");
   const std::vector<int> steps = stepsRun(cut);
   ASSERT_FALSE(steps.empty());
   EXPECT_GE(steps.front(), 3) << "finished steps were done again";
@@ -236,7 +188,7 @@ TEST_F(RestartRun, StopInsideTheLoadCasesOfAStepGoesOnWithThatStepAndItsFinished
   stopWhenExists(cut, "fields_3_XX.finished");
   ASSERT_TRUE(fs::exists(cut / "fields_3_XX.response"));
 
-  ASSERT_EQ(run(cut), 0) << readAll(root_ / "cut.err");
+  ASSERT_EQ(run(cut), 0) << readFile(root_ / "cut.err");
   EXPECT_EQ(stepsRun(cut), (std::vector<int>{3, 4, 5}));
   // Step 3 goes on after the cases that it finished before the stop; the later steps run
   // all three.

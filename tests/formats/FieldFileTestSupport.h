@@ -1,5 +1,5 @@
-// Helpers of the field file tests: a scratch directory per test, images whose every value
-// tells its voxel and component (exactly representable as 32-bit floats), 32-bit words of
+// Helpers of the file tests: whole files read, a scratch directory per test, images whose every
+// value tells its voxel and component (exactly representable as 32-bit floats), 32-bit words of
 // either byte order, and the standard output of a call.
 #pragma once
 
@@ -33,6 +33,12 @@ inline void removeAtExit(const std::filesystem::path& dir) {
   registry.dirs.push_back(dir);
 }
 
+// The whole content of a file; empty when it does not open.
+inline std::string readFile(const std::filesystem::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
 class ScratchDirectory : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -50,12 +56,14 @@ class ScratchDirectory : public ::testing::Test {
     GTEST_FLAG_SET(death_test_style, deathTestStyle_);
   }
   std::string path(const std::string& name) const { return (dir_ / name).string(); }
-  static std::string readBytes(const std::string& file) {
-    std::ifstream in(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
+  static std::string readBytes(const std::string& file) { return readFile(file); }
   static void writeBytes(const std::string& file, const std::string& bytes) {
     std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+  }
+  // A file of the directory with the bytes; returns its path.
+  std::string fileWith(const std::string& name, const std::string& bytes) const {
+    writeBytes(path(name), bytes);
+    return path(name);
   }
   std::filesystem::path dir_;
   std::string deathTestStyle_;

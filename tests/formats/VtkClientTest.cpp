@@ -127,38 +127,13 @@ TEST_F(VtkClient, VtkReadsTheFieldFilesOfRuns) {
       for (std::uint64_t z = 0; z < 3; ++z) *colours.voxelPointer(x, y, z) = 1 + (x + y + z) % 2;
   geometry.addImageField("Materials", colours, {0}, DataWriter::UInt8);
   geometry.write();
+  // The law of both colours in vtk_run.xml, and the run's strain.
   const double youngs = 100.0, poisson = 0.25;
   const double lambda = youngs * poisson / ((1 + poisson) * (1 - 2 * poisson));
   const double mu = youngs / (2 * (1 + poisson));
   const double e[6] = {0.01, -0.002, 0.003, 0.004, -0.001, 0.002};
   double s[6];
   for (int k = 0; k < 6; ++k) s[k] = k < 3 ? lambda * (e[0] + e[1] + e[2]) + 2 * mu * e[k] : mu * e[k];
-  const std::string law = "<Type>LE</Type><MaterialParameters><E><value>100</value></E><nu>"
-                          "<value>0.25</value></nu></MaterialParameters></Material>";
-  auto parameters = [&](const std::string& file, bool compress) {
-    return "<Settings><input><LicenseFileName>none</LicenseFileName>"
-           "<GeometryDescriptionFile>geometry.vti</GeometryDescriptionFile>"
-           "<BoxelLengthX>0.5</BoxelLengthX><BoxelLengthY>0.25</BoxelLengthY>"
-           "<BoxelLengthZ>2</BoxelLengthZ><BoxelUnits>um</BoxelUnits>"
-           "<MaterParamValues><EModulUnit>GPa</EModulUnit></MaterParamValues><MaterialData>"
-           "<Material><MaterNumber>1</MaterNumber><MaterName>A</MaterName>" + law +
-           "<Material><MaterNumber>2</MaterNumber><MaterName>B</MaterName>" + law +
-           "</MaterialData><IterativeMethod>NeumannSeries</IterativeMethod><Scheme>Q1FE</Scheme>"
-           "<MaxIterationNumber>100</MaxIterationNumber><MaxRunTime>1</MaxRunTime>"
-           "<StoppingTolerance>1e-10</StoppingTolerance><NumberOfThreads>1</NumberOfThreads>"
-           "<EstimateMemory>0</EstimateMemory><MethodList>CEL</MethodList>"
-           "<ProblemFormulation>Strain</ProblemFormulation><MacroscopicLoadType>Constant"
-           "</MacroscopicLoadType><MacroscopicLoad>0.01,-0.002,0.003,0.004,-0.001,0.002"
-           "</MacroscopicLoad></input><output><Verbose>0</Verbose>"
-           "<WriteEffectiveMatrix>0</WriteEffectiveMatrix><EffectiveMatrixFileName>r.txt"
-           "</EffectiveMatrixFileName><EquivalencePrinciple>Energy</EquivalencePrinciple>"
-           "<ComputeLoadCaseList>1</ComputeLoadCaseList><SaveRestartFile>0</SaveRestartFile>"
-           "<WriteSolutionVtk>1</WriteSolutionVtk><SolutionVtkFileName>" + file +
-           "</SolutionVtkFileName><CompressFiles>" + (compress ? "1" : "0") +
-           "</CompressFiles><WriteDasFile>0</WriteDasFile><StrainComponents>XX,YY,ZZ,XY,XZ,YZ"
-           "</StrainComponents><StressComponents>XX,YZ</StressComponents>"
-           "<DisplacementComponents>X</DisplacementComponents></output></Settings>";
-  };
   auto expectValues = [&](const std::string& name, const std::vector<int>& slots,
                           const double* values, const char* tolerance) {
     expected_ += "field " + name + " " + std::to_string(slots.size()) + " " + tolerance + "\n";
@@ -171,7 +146,10 @@ TEST_F(VtkClient, VtkReadsTheFieldFilesOfRuns) {
   for (const std::string file : {"packed.vti", "plain.vtk"}) {
     SCOPED_TRACE(file);
     const bool legacy = file.ends_with(".vtk");
-    std::ofstream(path("run.xml")) << parameters(file, !legacy);
+    std::string parameters = readBytes(std::string(GRIDMOOR_SOURCE_DIR) + "/tests/formats/vtk_run.xml");
+    parameters.replace(parameters.find(">FILE<") + 1, 4, file);
+    parameters.replace(parameters.find(">COMPRESS<") + 1, 8, legacy ? "0" : "1");
+    writeBytes(path("run.xml"), parameters);
     const std::string command = std::string(GRIDMOOR_BINARY) + " " + path("run.xml") + " > " +
                                 path("run.log") + " 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0) << readBytes(path("run.log"));

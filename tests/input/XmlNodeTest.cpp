@@ -3,11 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
 #include <random>
-#include <sstream>
+
+#include "../formats/FieldFileTestSupport.h"
 
 using namespace gridmoor;
+using gridmoor::testing::readFile;
 
 namespace {
 
@@ -16,13 +17,6 @@ XmlResults parse(const std::string& text, XmlNode* node = nullptr, const std::st
   XmlNode n = XmlNode::parseString(text, root, &r);
   if (node) *node = n;
   return r;
-}
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
 }
 
 }  // namespace
@@ -302,18 +296,4 @@ TEST(XmlBase64, TableCases) {
   const auto bytes = XmlNode::decodeBase64(
       "AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIjJCUmJygpKissLS4vMDEyMzQ1Njc4OTo7PD0+P0BBQkNERUZHSElKS0xNTk9QUVJTVFVWV1hZWltcXV5fYGFiY2RlZmdoaWprbG1ub3BxcnN0dXZ3eHl6e3x9fn+AgYKDhIWGh4iJiouMjY6PkJGSk5SVlpeYmZqbnJ2en6ChoqOkpaanqKmqq6ytrq+wsbKztLW2t7i5uru8vb6/wMHCw8TFxsfIycrLzM3Oz9DR0tPU1dbX2Nna29zd3t/g4eLj5OXm5+jp6uvs7e7v8PHy8/T19vf4+fr7/P3+/w==");
   EXPECT_EQ(std::string(bytes.begin(), bytes.end()), all);
-}
-
-TEST(XmlOpenFileDeathTest, ReportsAndExitsWith255) {
-  EXPECT_EXIT(XmlNode::openFile("/nonexistent-dir/run.xml"), ::testing::ExitedWithCode(255),
-              "^XML Parsing error inside file '/nonexistent-dir/run\\.xml'\\.\n"
-              "Error: File not found\nAt line 0, column 0\\.\n$");
-  const std::string path = ::testing::TempDir() + "xml_open_file.xml";
-  std::ofstream(path) << "<?xml version='1.0'?>\n<other><x>1</x></other>\n";
-  EXPECT_EXIT(XmlNode::openFile(path, "gridmoor"), ::testing::ExitedWithCode(255),
-              "^XML Parsing error inside file '.*xml_open_file\\.xml'\\.\n"
-              "Error: First Tag not found\nAt line 2, column 1\\.\n"
-              "First Tag should be 'gridmoor'\n$");
-  EXPECT_EQ(XmlNode::openFile(path).getChildByPath("x").text(), "1");
-  std::remove(path.c_str());
 }

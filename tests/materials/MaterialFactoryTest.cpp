@@ -1,14 +1,20 @@
+// The material table from the parameter file: type names and the laws they build, which
+// entries are built, hybrid entries, the material file or .cff translation as the source.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <sstream>
 #include <typeinfo>
 
+#include "../formats/FieldFileTestSupport.h"
 #include "input/KeywordsElasticity.h"
 #include "input/Parameter.h"
 #include "materials/AnisotropicLinearElasticMaterial.h"
+#include "materials/CffFile.h"
 #include "materials/IsotropicLinearElasticMaterial.h"
 #include "materials/MaterialFactory.h"
 #include "materials/MaterialFactoryTypeNames.h"
+#include "materials/MaterialFileParser.h"
 #include "materials/OrthotropicLinearElasticMaterial.h"
 #include "materials/TransversalIsotropicLinearElasticMaterial.h"
 
@@ -117,18 +123,6 @@ TEST_F(MaterialFactoryTest, OnlyServedColoursAreBuiltAndTheTableGrowsToTheLarges
   EXPECT_EQ(vector->typeNames, mechanicalTypeNames());
 }
 
-TEST_F(MaterialFactoryTest, SameColourTwiceStopsOnlyWhenTheColourIsUsed) {
-  const std::string twice = entry(0, "LE") + entry(3, "LE") + entry(3, "NH");
-  ListGeometry withoutThree({0}, {});
-  EXPECT_EQ(build(treeWith(twice), &withoutThree)->ownedMaterials.size(), 1u);
-  ListGeometry usesThree({0, 3}, {});
-  // Numbers compare as integers: "03" is colour 3 as well.
-  EXPECT_EXIT(build(treeWith(entry(3, "LE") + "<Material><MaterNumber>03</MaterNumber><Type>LE</Type></Material>"),
-                    &usesThree),
-              ::testing::ExitedWithCode(1),
-              "^Specifying the same material number multiple times in the material file is not supported");
-}
-
 TEST_F(MaterialFactoryTest, HybridColoursTakeTheFileEntryOrAnAutomaticOne) {
   ListGeometry geometry({0, 1, 2}, {2});
   const std::string entries = entry(2, "LE", "tuned") + entry(0, "LE") + entry(1, "LE");
@@ -159,14 +153,156 @@ TEST(MaterialFactoryHybrid, AutomaticEntryTextAndMixingWords) {
   EXPECT_EQ(readParameterText(e, "MaterNumber", ""), "17");
   EXPECT_EQ(readParameterText(e, "Type", ""), "MHE");
   EXPECT_EQ(readParameterText(e, "MaterialParameters/mixingFormula", ""), "maximum");
-  EXPECT_EXIT(autoHybridEntry(MaterialKind::Mechanical, 4, "a</value>"),
-              ::testing::ExitedWithCode(1), "AutoHybrid.*could not be read");
 
   EXPECT_EQ(elasticMixingRuleOf("maximum"), ElasticMixingRule::maximum);
   EXPECT_EQ(static_cast<int>(elasticMixingRuleOf("rotatedLaminate")), 5);
   EXPECT_EQ(static_cast<int>(heatMixingRuleOf("rotatedLaminate")), 4);
   EXPECT_EXIT(elasticMixingRuleOf("HarmonicMean"), ::testing::ExitedWithCode(1),
               "^Could not convert the mixing formula HarmonicMean to a known mixing rule");
+}
+
+XmlNode translate(const std::string& text) {
+  std::istringstream in(text);
+  return translateCff(in);
+}
+
+// Text at path in the i-th entry, "<absent>" when the key is missing.
+std::string at(const XmlNode& root, int i, const std::string& path) {
+  return readParameterText(root.child(i), path, "<absent>");
+}
+
+TEST(CffTypes, LongerWordsAreFoundBeforeTheWordsTheyContain) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"IsotropicTE", "LETE"}, {"Isotropic", "LE"}, {"TransverseIsotropicTE", "LETITE"},
+      {"TransverseIsotropicHeat", "LHTI"}, {"TransverseIsotropic", "LETI"},
+      {"OrthotropicHeat", ""}, {"OrthotropicTE", "LEORTHTE"}, {"AnisotropicTE", "LEANISOTE"},
+      {"Anisotropic", "LEANISO"}, {"CompressibleFluidTE", "COMPRESSIBLE_FLUID_TE"},
+      {"UMATTE", "UMATTE"}, {"NeoHooke", "NH"}, {"MooneyRivlinTE", "MRTE"},
+      {"MyIsotropicTEMaterial", "LETE"}};  // a substring of the value is enough
+  for (const auto& [word, name] : cases)
+    EXPECT_EQ(at(translate(std::string("Type14 ") + word + "\n"), 0, "Type"), name) << word;
+  EXPECT_EXIT(translate("Type0 isotropic\n"), ::testing::ExitedWithCode(1),
+              "^unknown material Type isotropic in cff-File");
+}
+
+TEST(CffParameters, WordOrderAndLineRules) {
+  const XmlNode root = translate(
+      "\xEF\xBB\xBFMaterials 2\r\n"
+      "Type3 TransverseIsotropic\r\n"
+      "YoungInDirection3 5\n"   // not caught by "Young"
+      "Young3 7\n"
+      "ShearXY3 1\n"
+      "Shear3 2\n"
+      "AlphaX3 3\n"
+      "Alpha3 4\n"
+      "PoissonsParallel3 0.1\n"
+      "Poisson3 0.2 GPa\n"      // three tokens: ignored without a word
+      "Poisson3  0.3\n"         // two blanks make an empty token: ignored
+      "Poisson3\t0.4\n"         // a tab is no separator: one token
+      "\n"
+      "Young3 8\n"              // a later line wins
+      "ConductivityY3 9\n"
+      "Young03 6\n");           // another entry (that will claim colour 3 too)
+  ASSERT_EQ(root.childCount(), 2);
+  EXPECT_EQ(root.child(0).name(), "Material");
+  EXPECT_EQ(at(root, 0, "MaterNumber"), "3");
+  EXPECT_EQ(at(root, 0, "MaterName"), "Material 3");
+  EXPECT_EQ(at(root, 0, "Type"), "LETI");
+  const std::pair<const char*, const char*> expected[] = {
+      {"E1", "5"}, {"E", "8"},   {"G12", "2"},  {"alpha1", "3"}, {"alpha", "4"},
+      {"nu12", "0.1"}, {"nu", "<absent>"}, {"kappa2", "9"}};
+  for (const auto& [key, value] : expected)
+    EXPECT_EQ(at(root, 0, std::string("MaterialParameters/") + key), value) << key;
+  EXPECT_EQ(at(root, 1, "MaterNumber"), "03");  // an unknown word is an end-to-end case
+}
+
+TEST(CffPairs, NamesAndValuesAreJoinedPairwiseOrEndTheRun) {
+  const XmlNode root = translate(
+      "ParametersNames2 E,nu,s0\nParametersValues2 210,0.3,0.5\n"
+      "InternalNames2 eps_p\nInternalValues2 0\n");
+  EXPECT_EQ(at(root, 0, "MaterialParameters/Parameters"), "E,210;nu,0.3;s0,0.5");
+  EXPECT_EQ(at(root, 0, "MaterialParameters/InternalVariables"), "eps_p,0");
+
+  EXPECT_EXIT(translate("ParametersNames0 a,b\nYoung0 1\n"), ::testing::ExitedWithCode(1),
+              "^Error in cff-File: The keyword ParametersNames is not followed by the keyword "
+              "ParametersValues");
+  EXPECT_EXIT(translate("InternalNames0 a\n"), ::testing::ExitedWithCode(1),
+              "^Error in cff-File: The keyword InternalNames is not followed by the keyword "
+              "InternalValues");
+  EXPECT_EXIT(translate("ParametersNames0 a,b\nParametersValues0 1\n"),
+              ::testing::ExitedWithCode(1),
+              "^Error in cff-File: The number of ParametersNames and ParametersValues do not "
+              "coincide\\.");
+  EXPECT_EXIT(translate("InternalNames0 a,b,c\nInternalValues0 1,2\n"),
+              ::testing::ExitedWithCode(1),
+              "^Error in cff-File: The number of InternalNames and InternalValues do not "
+              "coincide\\.");
+}
+
+TEST(CffFile, UnreadableFileEndsTheRun) {
+  EXPECT_EXIT(translateCffFile(::testing::TempDir() + "gridmoor_none.cff"),
+              ::testing::ExitedWithCode(1), "gridmoor_none\\.cff can not be opened");
+  EXPECT_EXIT(translateCffFile(::testing::TempDir()), ::testing::ExitedWithCode(1),
+              "can not be opened");
+}
+
+class MaterialFactorySource : public gridmoor::testing::ScratchDirectory {
+ protected:
+  void write(const std::string& name, const std::string& text) { writeBytes(path(name), text); }
+  static XmlNode settings(const std::string& materialData) {
+    return XmlNode::parseString("<Settings><input><MaterialData>" + materialData +
+                                "</MaterialData></input></Settings>");
+  }
+  static std::string number(const XmlNode& entry) {
+    return readParameterText(entry, "MaterNumber", "");
+  }
+  const MaterialVector table;
+};
+
+TEST_F(MaterialFactorySource, InlineEntriesWinOverTheNamedFile) {
+  write("materials.xml", "<M><Material><MaterNumber>9</MaterNumber></Material></M>");
+  const MaterialSource source = readMaterialSource(
+      settings("<MaterParamFile>materials.xml</MaterParamFile>"
+               "<FortranCompiler><value>gfortran</value></FortranCompiler>"
+               "<FortranCompilerOptions>-O2</FortranCompilerOptions>"
+               "<Material><MaterNumber>2</MaterNumber></Material><EModulUnit>GPa</EModulUnit>"
+               "<Material><MaterNumber>0</MaterNumber></Material>"),
+      path("run.xml"), table);
+  ASSERT_EQ(source.entries.size(), 2u);
+  EXPECT_EQ(number(source.entries[0]), "2");
+  EXPECT_EQ(number(source.entries[1]), "0");
+  EXPECT_EQ(source.materialFile, "");
+  EXPECT_EQ(source.fortranCompiler, "gfortran");
+  EXPECT_EQ(source.fortranCompilerOptions, "-O2");
+}
+
+TEST_F(MaterialFactorySource, SeparateFileByAbsoluteNameOrNone) {
+  // A file next to the parameter file, and one that is missing, are end-to-end cases. An
+  // absolute name stays as given; a copy of a parameter file's material block reads too.
+  write("block.xml", "<S><input><MaterialData><Material><MaterNumber>7</MaterNumber></Material>"
+                     "</MaterialData></input></S>");
+  const MaterialSource block = readMaterialSource(
+      settings("<MaterParamFile>" + path("block.xml") + "</MaterParamFile>"), "x/run.xml", table);
+  EXPECT_EQ(block.materialFile, path("block.xml"));
+  ASSERT_EQ(block.entries.size(), 1u);
+  EXPECT_EQ(number(block.entries[0]), "7");
+  // Neither entries nor a name: the directory alone is no material file.
+  EXPECT_EXIT(readMaterialSource(settings(""), path("run.xml"), table),
+              ::testing::ExitedWithCode(1), "^Material parameter file .* does not exist!");
+}
+
+TEST_F(MaterialFactorySource, LineInputReadsOnlyTheCffFile) {
+  write("mat.cff", "Type5 IsotropicTE\nAlpha5 2e-5\n");
+  XmlNode tree = XmlNode::createRoot("gridmoor");
+  tree.getChildByPath("input/MaterParamValues/MaterParamFile", true).addText("mat.cff");
+  tree.getChildByPath("input/FortranCompiler", true).addText("ifort");
+  tree.getChildByPath("input/MaterialData/Material/MaterNumber", true).addText("1");
+  const MaterialSource source = readMaterialSource(tree, path("run.pde"), table);
+  EXPECT_EQ(source.materialFile, path("mat.cff"));
+  EXPECT_EQ(source.fortranCompiler, "ifort");
+  ASSERT_EQ(source.entries.size(), 1u);
+  EXPECT_EQ(number(source.entries[0]), "5");
+  EXPECT_EQ(readParameterText(source.entries[0], "Type", ""), "LETE");
 }
 
 }  // namespace

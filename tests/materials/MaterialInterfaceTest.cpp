@@ -28,12 +28,6 @@ TEST(MaterialInterfaceDeathTest, UnansweredOperationsEndTheRunNamingThemselves) 
   KeywordsElasticity keywords;
   EXPECT_EXIT(law.initInternalVariablesStrain(keywords), ::testing::ExitedWithCode(1),
               refusal("initInternalVariablesStrain()"));
-  EXPECT_EXIT(law.totalNumberOfInternalVariablesPerVoxelDeformationGradient(0),
-              ::testing::ExitedWithCode(1),
-              refusal("totalNumberOfInternalVariablesPerVoxelDeformationGradient()"));
-  double low, high;
-  EXPECT_EXIT(law.getMinMaxEigenvaluePolarisation(0, nullptr, low, high),
-              ::testing::ExitedWithCode(1), refusal("getMinMaxEigenvaluePolarisation(...)"));
   EXPECT_EXIT(law.getCVoigtInverse(), ::testing::ExitedWithCode(1),
               "^getCVoigtInverse\\(\\) not implemented for this material\n$");
   DiscretizedHeatMaterial heat;
@@ -41,27 +35,6 @@ TEST(MaterialInterfaceDeathTest, UnansweredOperationsEndTheRunNamingThemselves) 
   double flux[3];
   EXPECT_EXIT(heat.Q(0, 0, 0, 0, gradient, flux), ::testing::ExitedWithCode(1),
               refusal("Q(TVector,QVector)"));
-}
-
-TEST(MaterialInterfaceDeathTest, ForwardingDefaultsRefuseWhereTheirBuildingBlockIsMissing) {
-  TestLaw law;
-  const Vec6 zero6{};
-  Vec6 out6{};
-  // The linearized compliance form needs the voxel compliance, which this law lacks.
-  EXPECT_EXIT(law.E(0, 0, 0, 0, zero6.data(), zero6.data(), zero6.data(), out6.data()),
-              ::testing::ExitedWithCode(1), refusal("getCVoigtInverseOfVoxel(...)"));
-  // The large-strain chain ends in the history form of the second Piola-Kirchhoff stress.
-  const Vec9 identity{1, 0, 0, 0, 1, 0, 0, 0, 1};
-  Vec9 out9{};
-  EXPECT_EXIT(law.firstPiolaKirchhoff(0, 0, 0, 0, identity.data(), out9.data()),
-              ::testing::ExitedWithCode(1),
-              "^The second Piola-Kirchhoff tensor has not be implemented for all used "
-              "materials!\n$");
-  law.answers.thermal = true;
-  EXPECT_EXIT(law.thermalSecondPK(0, 0, 0, 0, 1.0, identity.data(), out9.data()),
-              ::testing::ExitedWithCode(1),
-              "^The thermal expansion has not be implemented for all used thermoelastic "
-              "materials!\n$");
 }
 
 // A law with the voxel compliance 3 I, which the linearized strain form needs.

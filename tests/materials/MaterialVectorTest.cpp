@@ -85,14 +85,6 @@ TEST(MaterialVector, QueriesSeeOnlyUsedColoursAndSkipHybridsUnlessTold) {
   EXPECT_EQ(table.colorsWithoutInfiniteContrast(*geometry), (std::set<Colour>{1, 2}));
 }
 
-TEST(MaterialVectorDeathTest, UnknownFormulationWordEndsTheRun) {
-  MaterialElasticVector table;
-  auto geometry = geometryOf({1});
-  addLaw(table, 1);
-  EXPECT_EXIT(table.totalNumberOfInternalVariables(*geometry, "strain", 0),
-              ::testing::ExitedWithCode(1), "^Unknown problem formulation strain\n$");
-}
-
 TEST(MaterialVector, InternalVariableCountsWeighVoxelsAndKeepTheLargeStrainAsymmetry) {
   std::vector<std::string> log;
   MaterialElasticVector table;

@@ -14,8 +14,6 @@ namespace gridmoor::test {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
-const std::array<double, 3> kVoxel = {1.0, 0.7, 1.3};
-const ReferenceConstants kReference = ReferenceConstants::of(0.8, 1.7, 0.3, 0.45);
 
 struct SpectrumCase {
   G discretisation;

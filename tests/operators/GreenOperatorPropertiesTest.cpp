@@ -2,7 +2,9 @@
 // gradient field and balances its input in the discretisation's own divergence. Balance holds
 // only where G inverts the acoustic tensor of the discretisation's own gradient and
 // divergence: for the closed forms (the staggered grid's sign of Im G among them) this is
-// the test that G times that tensor is the identity, at every frequency of the grid.
+// the test that G times that tensor is the identity, at every frequency of the grid. As the
+// balanced result is unique, a closed form and the general one that both pass agree. Then the
+// element forms against each other, and the discretisation with which an operator stops.
 // GCC 12 reports its own AVX-512 intrinsics as maybe uninitialised inside Eigen's complex
 // matrix-vector products; the state at the intrinsics' header decides, so this comes first.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
@@ -16,12 +18,6 @@
 
 namespace gridmoor::test {
 namespace {
-
-// Odd extents: no Nyquist index, so no frequency but zero has a vanishing symbol. Unequal
-// voxel lengths, so that a factor taken from the wrong axis shows.
-const Grid kGrid = {5, 3, 7};
-const std::array<double, 3> kVoxel = {1.0, 0.7, 1.3};
-const ReferenceConstants kReference = ReferenceConstants::of(0.8, 1.7, 0.3, 0.45);
 
 struct Case {
   G discretisation;
@@ -140,6 +136,34 @@ INSTANTIATE_TEST_SUITE_P(GreenOperator, GreenOperatorBalance, ::testing::ValuesI
                            return wordOf(info.param.discretisation) +
                                   (info.param.specialize ? "Specialized" : "General");
                          });
+
+// The full element integrated at the centre and the hourglass element without hourglass
+// stiffness are the reduced element: on one random field their results agree to rounding (the
+// corner sum at the centre is the reduced vector times a phase of modulus one).
+TEST(GreenOperatorElements, FullElementAtTheCentreAndHourglassWithoutStiffnessAreTheReducedOne) {
+  const auto settings = [](G v) {
+    return GreenOperatorSettings::of(v, FilterType::None, false, kVoxel);
+  };
+  GreenOperatorSettings centred = settings(G::Q1FE);
+  centred.mainRule = IntegrationRule::centre();
+  const ReferenceConstants noHourglass = ReferenceConstants::of(0.8, 1.7);
+  const auto input = randomSpectrum(6, kGrid, 21);
+  auto reduced = copyOf(*input);
+  DiscreteGreenOperator::create(settings(G::TrilinearFE), kGrid)->applyGamma0(*reduced, noHourglass);
+  EXPECT_GT(maxDifference(*reduced, *input), 1e-3);
+  for (const GreenOperatorSettings& other : {centred, settings(G::Hex8RHourGlassControl)}) {
+    auto result = copyOf(*input);
+    DiscreteGreenOperator::create(other, kGrid)->applyGamma0(*result, noHourglass);
+    EXPECT_LT(maxDifference(*result, *reduced), 1e-12) << wordOf(other.discretisation);
+  }
+}
+
+TEST(GreenOperatorFailures, DiscretisationWithoutVectorsStops) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(DiscreteGreenOperator::create(
+                  GreenOperatorSettings::of(G::Bilaplacian, FilterType::None, true), kGrid),
+              ::testing::ExitedWithCode(1), "^Unknown finite difference 9\n$");
+}
 
 }  // namespace
 }  // namespace gridmoor::test

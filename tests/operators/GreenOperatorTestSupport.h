@@ -25,6 +25,12 @@ using Cd = std::complex<double>;
 using Grid = std::array<Index, 3>;
 using G = GreenOperatorType;
 
+// Odd extents: no Nyquist index, so no frequency but zero has a vanishing symbol. Unequal
+// voxel lengths, so that a factor taken from the wrong axis shows.
+inline const Grid kGrid = {5, 3, 7};
+inline const std::array<double, 3> kVoxel = {1.0, 0.7, 1.3};
+inline const ReferenceConstants kReference = ReferenceConstants::of(0.8, 1.7, 0.3, 0.45);
+
 struct Frequency {
   Index i, j, l;
   bool isZero() const { return i == 0 && j == 0 && l == 0; }

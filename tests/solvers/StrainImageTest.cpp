@@ -1,12 +1,11 @@
-// The strain field class: mixed and rotated macroscopic loads, the per-point operations,
-// the divergence measure and the refusals of the formulations not built yet.
+// The strain field class: mixed and rotated macroscopic loads, the per-point operations and
+// the divergence measure.
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "SolverTestSupport.h"
 #include "solvers/MacroscopicRelation.h"
-#include "solvers/PairAndLargeStrainImages.h"
 
 namespace gridmoor {
 namespace {
@@ -110,49 +109,6 @@ TEST(StrainImageDivergence, VanishesAtTheLaminateSolutionOnly) {
   problem.solve(load, 1e-14, 10000);
   problem.field->resetSolverState();
   EXPECT_LT(problem.field->getDivergenceNorm(work, problem.ctx), 1e-10);
-}
-
-TEST(StrainImageNames, EachFormulationNamesItsFields) {
-  const IntegrationRule one = IntegrationRule::centre();
-  StrainImage strain(one, IntegrationRule::empty(), 1, 1, 2, "E");
-  StressImage stress(one, IntegrationRule::empty(), 1, 1, 2, "S");
-  DeformationGradientImage large(one, IntegrationRule::empty(), 1, 1, 2, "F");
-  EXPECT_EQ(strain.getPrimaryFieldName(), "Strain");
-  EXPECT_EQ(strain.getDualFieldName(), "Stress");
-  EXPECT_EQ(stress.getPrimaryFieldName(), "Stress");
-  EXPECT_EQ(large.getPrimaryFieldName(), "GreenLagrangeStrain");
-  EXPECT_EQ(large.getDualFieldName(), "SecondPKStress");
-  EXPECT_EQ(large.nComponents, 9u);
-  // The fields that measure compliances call their first matrix and thermal tensor so.
-  PolarizationImage polarization(one, IntegrationRule::empty(), 1, 1, 2, "P");
-  EigenstrainImage eigenstrain(one, IntegrationRule::empty(), 1, 1, 2, "Q");
-  using Field = const ElasticityHyperelasticityImage*;
-  for (Field f : std::initializer_list<Field>{&strain, &stress, &polarization, &eigenstrain}) {
-    const bool dual = f == static_cast<Field>(&stress) || f == static_cast<Field>(&eigenstrain);
-    EXPECT_EQ(f->getStiffnessName(), dual ? "Compliance" : "Stiffness") << f->getPrimaryFieldName();
-    EXPECT_EQ(f->getComplianceName(), dual ? "Stiffness" : "Compliance") << f->getPrimaryFieldName();
-    EXPECT_EQ(f->getThermalStressName(), dual ? "ThermalExpansion" : "ThermalStress")
-        << f->getPrimaryFieldName();
-    EXPECT_EQ(f->getThermalExpansionName(), dual ? "ThermalStress" : "ThermalExpansion")
-        << f->getPrimaryFieldName();
-  }
-}
-
-TEST(StrainImageNamesDeathTest, UnbuiltFormulationsEndTheRunWithOneLine) {
-  const Grid g{2, 2, 2};
-  Problem problem(g, std::vector<Colour>(8, 0), {lameOf(1.0, 0.3)});
-  StressImage stress(IntegrationRule::centre(), IntegrationRule::empty(), 2, 2, 2, "S");
-  EXPECT_EXIT(stress.linearStep(problem.ctx, MacroscopicLoad::stress({})),
-              testing::ExitedWithCode(1), "stress formulation can not be solved yet");
-  EXPECT_EXIT(problem.field->eyreMiltonStep(problem.ctx, MacroscopicLoad::strain({})),
-              testing::ExitedWithCode(1), "Eyre-Milton scheme not implemented.");
-}
-
-TEST(StrainImageNamesDeathTest, UsedColourWithoutLawStopsBeforeTheVoxelLoop) {
-  const Grid g{2, 2, 2};
-  Problem problem(g, {0, 0, 0, 0, 2, 2, 2, 2}, {lameOf(1.0, 0.3)});
-  EXPECT_EXIT(problem.field->linearStep(problem.ctx, MacroscopicLoad::strain({})),
-              testing::ExitedWithCode(1), "Not for all colors are the material parameters defined!");
 }
 
 }  // namespace

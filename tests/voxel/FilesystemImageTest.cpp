@@ -97,18 +97,5 @@ TEST(FilesystemImage, ThreadCopiesReadIndependently) {
   EXPECT_EQ(total, expected);
 }
 
-TEST(FilesystemImageDeathTest, MissingOrShortFilesEndTheRun) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const std::string file = storeField("short.bin", 1.0);
-  const std::string missing = testing::TempDir() + "gridmoor_fsimage_missing.bin";
-  EXPECT_EXIT(FilesystemImage(Q, C, NX, NY, NZ, X0, missing, ""), testing::ExitedWithCode(1),
-              "^Could not open the image file " + missing + "\n$");
-  EXPECT_EXIT(FilesystemImage(Q, C, NX, NY, NZ, X0, file, missing), testing::ExitedWithCode(1),
-              "^Could not open the image file " + missing + "\n$");
-  // A view larger than the stored field: the element past the end is not there.
-  EXPECT_EXIT(FilesystemImage(Q, C, NX + 1, NY, NZ, X0, file, "").value(0, X0 + NX, 0, 0, 0),
-              testing::ExitedWithCode(1), "^Failed to read the file " + file + "\n$");
-}
-
 }  // namespace
 }  // namespace gridmoor

@@ -37,10 +37,10 @@ class GeometryFiles : public gridmoor::testing::ScratchDirectory {
 };
 
 // Reading the geometry file ends the run with the message.
-template <class G = StaticGeometry>
 void readingDies(const std::string& mode, std::array<std::uint64_t, 3> target, const std::string& file,
                  const std::string& message) {
-  EXPECT_EXIT(G().readAndResample(1, mode, target, false, file), ::testing::ExitedWithCode(1), message)
+  EXPECT_EXIT(StaticGeometry().readAndResample(1, mode, target, false, file), ::testing::ExitedWithCode(1),
+              message)
       << file;
 }
 
@@ -103,17 +103,6 @@ TEST_F(GeometryFiles, ResamplingModesAndTargetSizes) {
   }
   readingDies("Bogus", {3, 0, 0}, file, "^ERROR: \\(Geometry\\) Unknown resampling mode.\n$");
   readingDies("Naive", {3, 0, 0}, file, "^ERROR: \\(Geometry\\) Resampling to another grid is not available");
-}
-
-TEST_F(GeometryFiles, SuffixSelectsTheReader) {
-  const std::string ldt = writeLaminate();
-  const std::string renamed = path("laminate.LDT");
-  fs::copy_file(ldt, renamed);
-  readingDies("None", {0, 0, 0}, renamed,
-              "^ERROR: \\(Geometry\\) Unknown Filenamesuffix for the original voxelImage.\n$");
-  readingDies<DynamicGeometry>("None", {0, 0, 0}, path("dir.ldt/noext"), "Unknown Filenamesuffix");
-  readingDies("None", {0, 0, 0}, path("image.vti"), "^Could not open the vti file .*image.vti\n$");
-
 }
 
 TEST(Geometry, HybridVoxelsReadTheirFractionTable) {

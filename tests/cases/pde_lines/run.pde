@@ -1,6 +1,7 @@
+﻿input:LicenseFileName licence.dat
 # Gridmoor parameters in line form: a path with ':' and one value per line
-input:LicenseFileName licence.dat
 input:GeometryDescriptionFile geometry.ldt
+input:MaxRunTime 1800
 input:BoxelLengthX 1.0
 input:BoxelLengthY 1.0
 input:BoxelLengthZ 1.0
@@ -11,7 +12,7 @@ input:Scheme Basic StaggeredGrid
 input:MaxIterationNumber 250 # comment lines are skipped whole
 input:MaxRunTime 3600
 input:StoppingTolerance 1e-6
-input:EstimateMemory 0
+  input:EstimateMemory   0  
 input:MethodList CEL;Voigt
 output:Verbose 1
 output:WriteEffectiveMatrix 0
@@ -25,3 +26,4 @@ output:ComputeLoadCaseList 1,2,3,4,5,6
 output:WriteSolutionVtk 1
 	output:WriteDasFile	0
 
+lonely

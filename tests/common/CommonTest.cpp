@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "common/FileNames.h"
+#include "common/Timer.h"
 #include "input/KeywordsElasticity.h"
 
 namespace gridmoor {
@@ -27,7 +30,23 @@ TEST(FileNames, MarkersCarryTheCaseSuffixOfTheStepsSolutionFile) {
   kw.timeNSteps.set(4);
   ASSERT_FALSE(kw.isSingleStep());
   EXPECT_EQ(finishedFileName(kw, "run/", 2, 1), "run/fields_3_YY.finished");
-  EXPECT_EXIT(loadCaseSuffix(7), testing::ExitedWithCode(1), "Load case 7 does not exist");
+}
+
+TEST(Timer, AccumulatesOverRestartsAndIgnoresRepeatedStop) {
+  Timer t;
+  EXPECT_EQ(t.seconds(), 0.0);
+  t.start();
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  t.stop();
+  const double first = t.seconds();
+  EXPECT_GE(first, 0.019);
+  t.stop();
+  EXPECT_EQ(t.seconds(), first);
+  t.start();
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_GT(t.seconds(), first + 0.019);  // running part counts
+  t.stop();
+  EXPECT_GE(t.seconds(), first + 0.019);
 }
 
 }  // namespace
