@@ -24,10 +24,10 @@ constexpr std::uint64_t chunkBytes = std::uint64_t(4) << 20;
 
 // The image is walked in its own memory order (z, then y, then x slowest) and the values
 // are scattered into the file order (x fastest): reads stream, writes stay in the buffer.
-template <class Out, class T>
-void fillFromImage(const Image<T>& image, const std::vector<std::uint32_t>& components,
-                   const VoxelBox& box, Out* out) {
-  const std::size_t nc = components.size();
+// value(voxel, c) gives the voxel's c-th written value.
+template <class Out, class T, class Value>
+void fillVoxels(const Image<T>& image, std::size_t nc, const VoxelBox& box, Out* out,
+                const Value& value) {
   const std::uint64_t nx = box.size(0), ny = box.size(1);
   const std::uint64_t zStride = nx * ny * nc;
   for (std::uint64_t x = box.begin[0]; x < box.end[0]; ++x)
@@ -35,11 +35,21 @@ void fillFromImage(const Image<T>& image, const std::vector<std::uint32_t>& comp
       const T* voxel = image.voxelPointer(x, y, box.begin[2]);
       Out* target = out + ((y - box.begin[1]) * nx + (x - box.begin[0])) * nc;
       for (std::uint64_t z = box.begin[2]; z < box.end[2]; ++z) {
-        for (std::size_t c = 0; c < nc; ++c) target[c] = convertElement<Out>(voxel[components[c]]);
+        for (std::size_t c = 0; c < nc; ++c) target[c] = convertElement<Out>(value(voxel, c));
         voxel += image.strideZ;
         target += zStride;
       }
     }
+}
+
+// fill(out) with the buffer typed as the field's data type.
+template <class Fill>
+void fillAs(int dataType, char* buffer, const Fill& fill) {
+  switch (dataType) {
+    case DataWriter::UInt8: fill(reinterpret_cast<unsigned char*>(buffer)); break;
+    case DataWriter::Int32: fill(reinterpret_cast<std::int32_t*>(buffer)); break;
+    default: fill(reinterpret_cast<float*>(buffer)); break;
+  }
 }
 
 template <class T>
@@ -65,43 +75,11 @@ DataWriter::ValueFiller imageFiller(const std::string& name, const Image<T>& ima
   return [&image, name, components = std::move(components), dataType](const VoxelBox& box,
                                                                      char* buffer) {
     requireCovered(name, image, box);
-    switch (dataType) {
-      case DataWriter::UInt8:
-        fillFromImage(image, components, box, reinterpret_cast<unsigned char*>(buffer));
-        break;
-      case DataWriter::Int32:
-        fillFromImage(image, components, box, reinterpret_cast<std::int32_t*>(buffer));
-        break;
-      default:
-        fillFromImage(image, components, box, reinterpret_cast<float*>(buffer));
-        break;
-    }
+    fillAs(dataType, buffer, [&](auto* out) {
+      fillVoxels(image, components.size(), box, out,
+                 [&](const T* voxel, std::size_t c) { return voxel[components[c]]; });
+    });
   };
-}
-
-// Like fillFromImage, each voxel the weighted mean of its points.
-template <class Out>
-void fillPointMeans(const Image<double>& image, std::uint64_t width,
-                    const std::vector<double>& weights,
-                    const std::vector<std::uint32_t>& components, const VoxelBox& box, Out* out) {
-  const std::size_t nc = components.size();
-  const std::uint64_t nx = box.size(0), ny = box.size(1);
-  const std::uint64_t zStride = nx * ny * nc;
-  for (std::uint64_t x = box.begin[0]; x < box.end[0]; ++x)
-    for (std::uint64_t y = box.begin[1]; y < box.end[1]; ++y) {
-      const double* voxel = image.voxelPointer(x, y, box.begin[2]);
-      Out* target = out + ((y - box.begin[1]) * nx + (x - box.begin[0])) * nc;
-      for (std::uint64_t z = box.begin[2]; z < box.end[2]; ++z) {
-        for (std::size_t c = 0; c < nc; ++c) {
-          double mean = 0.0;
-          for (std::size_t p = 0; p < weights.size(); ++p)
-            mean += weights[p] * voxel[p * width + components[c]];
-          target[c] = convertElement<Out>(mean);
-        }
-        voxel += image.strideZ;
-        target += zStride;
-      }
-    }
 }
 
 void swapElements(char* data, std::uint64_t bytes, std::uint32_t elementBytes) {
@@ -227,20 +205,15 @@ void DataWriter::addPointMeanField(const std::string& name, const Image<double>&
   ValueFiller filler = [&image, name, componentsPerPoint, weights, components, dataType](
                            const VoxelBox& box, char* buffer) {
     requireCovered(name, image, box);
-    switch (dataType) {
-      case UInt8:
-        fillPointMeans(image, componentsPerPoint, weights, components, box,
-                       reinterpret_cast<unsigned char*>(buffer));
-        break;
-      case Int32:
-        fillPointMeans(image, componentsPerPoint, weights, components, box,
-                       reinterpret_cast<std::int32_t*>(buffer));
-        break;
-      default:
-        fillPointMeans(image, componentsPerPoint, weights, components, box,
-                       reinterpret_cast<float*>(buffer));
-        break;
-    }
+    // Each voxel is the weighted mean of its points.
+    fillAs(dataType, buffer, [&](auto* out) {
+      fillVoxels(image, components.size(), box, out, [&](const double* voxel, std::size_t c) {
+        double mean = 0.0;
+        for (std::size_t p = 0; p < weights.size(); ++p)
+          mean += weights[p] * voxel[p * componentsPerPoint + components[c]];
+        return mean;
+      });
+    });
   };
   addSectionField(false, Field{name, {}, {}, std::move(filler), components, dataType, units, ""});
 }
