@@ -11,8 +11,6 @@
 
 namespace gridmoor {
 
-class KeywordsElasticity;
-
 // Which routine set a solve belongs to: it fixes the step kind and what follows a step.
 enum class RoutineSet { Linear, Fixed, NewtonRaphson };
 
@@ -54,21 +52,5 @@ NeumannResult solveNeumannSeries(ElasticityHyperelasticityImage& field, const St
                                  const ConvergenceSettings& settings, SolverCounters& counters,
                                  std::ostream& out, std::ostream& err);
 
-// The start field of step `step` of a load history, in place on E (the solution of the step
-// before), by the Extrapolation word; E_old holds the solution of the step before that where
-// the run keeps it apart (else it is E's alias) and leaves as the last converged state.
-// - A run that keeps no old field (one step without load cases, or path-independent laws
-//   and a word other than "AffinLinear") adds the load's change over the step to E.
-// - "None": E stays as it is; E_old takes it.
-// - "Linear", and the steps after the first of a run with effective matrices (whose load
-//   cases leave E_old equal to E): E_old takes E, and the load's change is added to E.
-// - "AffinLinear", "MemoryEfficient": the affine extrapolation through the loads at the
-//   times of the steps i - 1, i and i + 1 (see the definition); E_old takes E.
-// Only components prescribed as strain move by the load's change: a stress-controlled
-// component finds its mean in the iteration. Nothing happens at step 0. firstStep is the
-// first step of this run (after a restart, not 0).
-void extrapolateStartField(ElasticityHyperelasticityImage& E, ElasticityHyperelasticityImage& E_old,
-                           const KeywordsElasticity& keywords, int step, int firstStep,
-                           bool pathIndependent);
 
 }  // namespace gridmoor
