@@ -9,9 +9,6 @@ namespace gridmoor {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> kVoigtWords = {"XX", "YY", "ZZ", "YZ", "XZ", "XY"};
-constexpr std::array<std::string_view, 9> kTensorWords = {"XX", "XY", "XZ", "YX", "YY",
-                                                          "YZ", "ZX", "ZY", "ZZ"};
 // Tensor slots 3 * row + column of the Voigt slots, the diagonal twin first.
 constexpr std::array<std::array<int, 2>, 6> kTensorSlotsOfVoigt = {
     {{0, 0}, {4, 4}, {8, 8}, {5, 7}, {2, 6}, {1, 3}}};

@@ -2,7 +2,9 @@
 // their slots in the Voigt vector or the row-major tensor, and the bit masks made from them.
 #pragma once
 
+#include <array>
 #include <string>
+#include <string_view>
 
 #include "input/Parameter.h"
 
@@ -31,6 +33,12 @@ inline constexpr unsigned kAllVoigtBits = 0x3Fu;
 // The homogenization load case after the six unit loads: the temperature step.
 inline constexpr int kThermalLoadCase = 6;
 inline constexpr unsigned kAllTensorBits = 0x1FFu;
+
+// The component words of the Voigt slots and of the row-major tensor slots, in slot order.
+inline constexpr std::array<std::string_view, 6> kVoigtWords = {"XX", "YY", "ZZ",
+                                                                "YZ", "XZ", "XY"};
+inline constexpr std::array<std::string_view, 9> kTensorWords = {"XX", "XY", "XZ", "YX", "YY",
+                                                                 "YZ", "ZX", "ZY", "ZZ"};
 
 // Slot of a component in the Voigt vector: the words XX, YY, ZZ, YZ, XZ, XY, or the one-based
 // slot number "1" to "6". -1 for anything else.

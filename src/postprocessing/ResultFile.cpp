@@ -13,8 +13,6 @@ namespace gridmoor {
 
 namespace {
 
-constexpr const char* kVoigtWords[6] = {"XX", "YY", "ZZ", "YZ", "XZ", "XY"};
-constexpr const char* kTensorWords[9] = {"XX", "XY", "XZ", "YX", "YY", "YZ", "ZX", "ZY", "ZZ"};
 constexpr const char* kAxisKeys[3] = {"Parameter:Vector:CoordinateAxisX",
                                       "Parameter:Vector:CoordinateAxisY",
                                       "Parameter:Vector:CoordinateAxisZ"};
@@ -87,7 +85,8 @@ void writeLoad(std::ostream& out, const KeywordsElasticity& keywords, double tim
     const unsigned mask = keywords.mixedTensorMask();
     for (int slot = 0; slot < 9; ++slot) {
       const char* word = (mask & (1u << slot)) ? "DeformationGradient" : "FirstPK";
-      writeScalar(out, std::string("Parameter:Scalar:") + word + kTensorWords[slot], load[slot]);
+      writeScalar(out, std::string("Parameter:Scalar:") + word + std::string(kTensorWords[slot]),
+                  load[slot]);
     }
     return;
   }
@@ -96,7 +95,7 @@ void writeLoad(std::ostream& out, const KeywordsElasticity& keywords, double tim
     const std::string word = kind != LoadKind::StrainStress ? loadKindName(kind)
                              : (mask & (1u << slot))        ? "Strain"
                                                             : "Stress";
-    writeScalar(out, "Parameter:Scalar:" + word + kVoigtWords[slot], load[slot]);
+    writeScalar(out, "Parameter:Scalar:" + word + std::string(kVoigtWords[slot]), load[slot]);
   }
 }
 

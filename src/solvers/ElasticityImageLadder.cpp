@@ -195,8 +195,6 @@ std::array<double, 6> firstSix(const std::vector<Real>& v) {
   return r;
 }
 
-const char* const kComponentWords[6] = {"XX", "YY", "ZZ", "YZ", "XZ", "XY"};
-
 }  // namespace
 
 ResultAverages ElasticityHyperelasticityImage::computeAverages(const FFTImage& dual,
@@ -253,7 +251,7 @@ void ElasticityHyperelasticityImage::addStrainStressToFile(DataWriter& writer,
     }
     for (std::uint32_t c = 0; c < 6; ++c)
       if (mask & (1u << c))
-        writer.addPointMeanField(name + "_" + kComponentWords[c], image,
+        writer.addPointMeanField(name + "_" + std::string(kVoigtWords[c]), image,
                                  layout.componentsPerPoint, layout.weights, {c},
                                  DataWriter::Float, units);
   };
