@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "common/Fatal.h"
 #include "operators/ComplexValue.h"
@@ -17,49 +18,139 @@ namespace {
 using Index = std::uint64_t;
 constexpr std::size_t kMaxValues = kTensorComponents * IntegrationRule::kMaxPoints;
 
-// Runs body(state, i, j, l, frequency) over the frequencies of this process, OpenMP static
-// over the first axis. Each axis level takes its factors when it is entered, so the work
-// that holds for the inner levels is done once there. `frequency` numbers the local
-// frequencies in memory order: a field with c values per voxel holds that frequency's
-// values from 2 c frequency on. The body returns the weighted squared modulus of what it
-// wrote; the loop sums those with the multiplicity of the half spectrum's plane and returns
-// the sum.
-template <GreenOperatorType V, bool Tables, class Body>
-double frequencyLoop(const FFTImage& field, const AxisTables& tables,
-                     const IntegrationRule& mainRule, const IntegrationRule& hourglassRule,
-                     bool skipZero, const Body& body) {
+// Runs row(s, i, j, rowFrequency) over the rows (i, j) of the half spectrum of this process,
+// OpenMP static over the first axis, s being the thread's FrequencyState, and returns the sum
+// of what the rows return. rowFrequency numbers the row's first frequency in memory order: a
+// field with c values per voxel holds frequency f's values from 2 c f on.
+template <class Row>
+double spectrumRows(const FFTImage& field, const AxisTables& tables, const Row& row) {
   const Index nSecond = field.nSecond;
   const Index nHalf = field.nThird / 2 + 1;
-  // Planes without a conjugate twin in the half spectrum: k = 0 and the Nyquist plane.
-  const Index lastSingle = field.nThird % 2 == 0 ? field.nThird / 2 : 0;
   double sum = 0.0;
 #pragma omp parallel reduction(+ : sum)
   {
     FrequencyState s;
     s.h = tables.voxelLength();
     const IndexRange range = field.threadFirstRange();
-    for (Index i = range.begin; i < range.end; ++i) {
-      enterAxis<V, Tables>(s, 0, tables.at(0, 0, i));
-      for (Index j = 0; j < nSecond; ++j) {
-        enterAxis<V, Tables>(s, 1, tables.at(1, 0, j));
-        const Index rowFrequency = ((i - field.firstOffset) * nSecond + j) * nHalf;
-        double single = 0.0;
-        double twinned = 0.0;
-        for (Index l = 0; l < nHalf; ++l) {
-          if (skipZero && i == 0 && j == 0 && l == 0) continue;
-          enterAxis<V, Tables>(s, 2, tables.at(2, 0, l));
-          computeGradientVectors<V, Tables>(s, mainRule, hourglassRule);
-          const double squares = body(s, i, j, l, rowFrequency + l);
-          if (l == 0 || l == lastSingle)
-            single += squares;
-          else
-            twinned += squares;
-        }
-        sum += single + 2.0 * twinned;
-      }
-    }
+    for (Index i = range.begin; i < range.end; ++i)
+      for (Index j = 0; j < nSecond; ++j)
+        sum += row(s, i, j, ((i - field.firstOffset) * nSecond + j) * nHalf);
   }
   return sum;
+}
+
+// The planes of the half spectrum without a conjugate twin in it, which count once in a sum
+// over the whole spectrum, are those of inner index 0 and this one (the Nyquist plane of an
+// even axis; 0 again for an odd one).
+inline Index lastSingleIndex(const FFTImage& field) {
+  return field.nThird % 2 == 0 ? field.nThird / 2 : 0;
+}
+
+// Runs body(state, i, j, l, frequency) over the frequencies of this process (see
+// spectrumRows). Each axis level takes its factors when it is entered, so the work that holds
+// for the inner levels is done once there. The body returns the weighted squared modulus of
+// what it wrote; the loop sums those with the multiplicity of the half spectrum's plane and
+// returns the sum.
+template <GreenOperatorType V, bool Tables, class Body>
+double frequencyLoop(const FFTImage& field, const AxisTables& tables,
+                     const IntegrationRule& mainRule, const IntegrationRule& hourglassRule,
+                     bool skipZero, const Body& body) {
+  const Index nHalf = field.nThird / 2 + 1;
+  const Index lastSingle = lastSingleIndex(field);
+  return spectrumRows(field, tables, [&](FrequencyState& s, Index i, Index j, Index rowFrequency) {
+    double single = 0.0;
+    double twinned = 0.0;
+    enterAxis<V, Tables>(s, 0, tables.at(0, 0, i));
+    enterAxis<V, Tables>(s, 1, tables.at(1, 0, j));
+    for (Index l = 0; l < nHalf; ++l) {
+      if (skipZero && i == 0 && j == 0 && l == 0) continue;
+      enterAxis<V, Tables>(s, 2, tables.at(2, 0, l));
+      computeGradientVectors<V, Tables>(s, mainRule, hourglassRule);
+      const double squares = body(s, i, j, l, rowFrequency + l);
+      if (l == 0 || l == lastSingle)
+        single += squares;
+      else
+        twinned += squares;
+    }
+    return single + 2.0 * twinned;
+  });
+}
+
+// Two frequencies' values of one component as one vector: re and im of frequency l, then
+// those of frequency l + 1.
+using Pair2 = double __attribute__((vector_size(32)));
+
+GRIDMOOR_HOT inline Pair2 loadPair2(const double* a, const double* b) {
+  return Pair2{a[0], a[1], b[0], b[1]};
+}
+
+// The closed "Basic" Gamma0 on whole rows, without the per-frequency state. The operator is
+// real, so it acts on the real and the imaginary part of the six values alike: two
+// frequencies at a time fill one four-lane vector per component. Both the Neumann series and
+// the Krylov methods run it once per iteration; the per-frequency form took three times the
+// time of reading and writing the spectrum.
+double basicGamma0Rows(FFTImage& field, const AxisTables& tables, const ReferenceConstants& r,
+                       const SpectrumPass& pass) {
+  constexpr Index kValues = 2 * kTensorComponents;
+  const Index nHalf = field.nThird / 2 + 1;
+  const Index lastSingle = lastSingleIndex(field);
+  // The inner axis's frequencies and the multiplicity of their planes, contiguous; one entry
+  // more, so that a row of odd length ends with a pair whose second half is a dummy.
+  std::vector<double> xiInner(nHalf + 1, 1.0), multiplicity(nHalf + 1, 0.0);
+  for (Index l = 0; l < nHalf; ++l) {
+    xiInner[l] = tables.at(2, 0, l).xi;
+    multiplicity[l] = (l == 0 || l == lastSingle) ? 1.0 : 2.0;
+  }
+  double* data = field.data();
+  const double halfInverseMu0 = 2.0 * r.inverseFourMu0;
+  const double volumetric = r.volumetricFactor;
+  const double scale = pass.scale;
+  const double* weights = pass.normWeights;
+  return spectrumRows(field, tables, [&](FrequencyState&, Index i, Index j, Index rowFrequency) {
+    const double x0 = tables.at(0, 0, i).xi;
+    const double x1 = tables.at(1, 0, j).xi;
+    const double outer = x0 * x0 + x1 * x1;
+    double* row = data + rowFrequency * kValues;
+    double sum = 0.0;
+    double dummy[kValues] = {};
+    // The zero frequency keeps its values: the solver sets the mean there.
+    for (Index l = (i == 0 && j == 0) ? 1 : 0; l < nHalf; l += 2) {
+      double* f = row + kValues * l;
+      double* g = l + 1 < nHalf ? f + kValues : dummy;
+      const double xa = xiInner[l], xb = xiInner[l + 1];
+      const double sa = 1.0 / (outer + xa * xa), sb = 1.0 / (outer + xb * xb);
+      const Pair2 x2 = {xa, xa, xb, xb};
+      const Pair2 p = halfInverseMu0 * Pair2{sa, sa, sb, sb};
+      const Pair2 q = volumetric * Pair2{sa * sa, sa * sa, sb * sb, sb * sb};
+      Pair2 t[6];
+      for (Index c = 0; c < kTensorComponents; ++c) t[c] = loadPair2(f + 2 * c, g + 2 * c);
+      const Pair2 t0 = x0 * t[0] + x1 * t[5] + x2 * t[4];
+      const Pair2 t1 = x0 * t[5] + x1 * t[1] + x2 * t[3];
+      const Pair2 t2 = x0 * t[4] + x1 * t[3] + x2 * t[2];
+      const Pair2 v = q * (x0 * t0 + x1 * t1 + x2 * t2);
+      const Pair2 a0 = p * t0, a1 = p * t1, a2 = p * t2;
+      const double s2 = 2.0 * scale;
+      const Pair2 out[6] = {scale * (x0 * x0 * v - 2.0 * x0 * a0),
+                            scale * (x1 * x1 * v - 2.0 * x1 * a1),
+                            scale * (x2 * x2 * v - 2.0 * x2 * a2),
+                            s2 * (x1 * x2 * v - x1 * a2 - x2 * a1),
+                            s2 * (x0 * x2 * v - x0 * a2 - x2 * a0),
+                            s2 * (x0 * x1 * v - x0 * a1 - x1 * a0)};
+      for (Index c = 0; c < kTensorComponents; ++c) {
+        f[2 * c] = out[c][0];
+        f[2 * c + 1] = out[c][1];
+        g[2 * c] = out[c][2];
+        g[2 * c + 1] = out[c][3];
+      }
+      if (weights) {
+        Pair2 squares = {};
+        for (Index c = 0; c < kTensorComponents; ++c) squares += weights[c] * out[c] * out[c];
+        sum += multiplicity[l] * (squares[0] + squares[1]) +
+               multiplicity[l + 1] * (squares[2] + squares[3]);
+      }
+    }
+    return sum;
+  });
 }
 
 GRIDMOOR_HOT inline void load(const double* d, std::size_t count, ComplexValue* values) {
@@ -137,6 +228,10 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
 
   double applyGamma0(FFTImage& tensor, const ReferenceConstants& r,
                      const SpectrumPass& pass) const override {
+    if constexpr (V == GreenOperatorType::Basic) {
+      checkTensorField(tensor);
+      return basicGamma0Rows(tensor, tables_, r, pass);
+    }
     return tensorLoop(tensor, pass, [&](const FrequencyState& s, ComplexValue* tau) {
       Gamma0OperatorSpecialized<V>(s, r, tau);
     });
