@@ -80,10 +80,6 @@ double frequencyLoop(const FFTImage& field, const AxisTables& tables,
 // those of frequency l + 1.
 using Pair2 = double __attribute__((vector_size(32)));
 
-GRIDMOOR_HOT inline Pair2 loadPair2(const double* a, const double* b) {
-  return Pair2{a[0], a[1], b[0], b[1]};
-}
-
 // The closed "Basic" Gamma0 on whole rows, without the per-frequency state. The operator is
 // real, so it acts on the real and the imaginary part of the six values alike: two
 // frequencies at a time fill one four-lane vector per component. Both the Neumann series and
@@ -122,20 +118,10 @@ double basicGamma0Rows(FFTImage& field, const AxisTables& tables, const Referenc
       const Pair2 x2 = {xa, xa, xb, xb};
       const Pair2 p = halfInverseMu0 * Pair2{sa, sa, sb, sb};
       const Pair2 q = volumetric * Pair2{sa * sa, sa * sa, sb * sb, sb * sb};
-      Pair2 t[6];
-      for (Index c = 0; c < kTensorComponents; ++c) t[c] = loadPair2(f + 2 * c, g + 2 * c);
-      const Pair2 t0 = x0 * t[0] + x1 * t[5] + x2 * t[4];
-      const Pair2 t1 = x0 * t[5] + x1 * t[1] + x2 * t[3];
-      const Pair2 t2 = x0 * t[4] + x1 * t[3] + x2 * t[2];
-      const Pair2 v = q * (x0 * t0 + x1 * t1 + x2 * t2);
-      const Pair2 a0 = p * t0, a1 = p * t1, a2 = p * t2;
-      const double s2 = 2.0 * scale;
-      const Pair2 out[6] = {scale * (x0 * x0 * v - 2.0 * x0 * a0),
-                            scale * (x1 * x1 * v - 2.0 * x1 * a1),
-                            scale * (x2 * x2 * v - 2.0 * x2 * a2),
-                            s2 * (x1 * x2 * v - x1 * a2 - x2 * a1),
-                            s2 * (x0 * x2 * v - x0 * a2 - x2 * a0),
-                            s2 * (x0 * x1 * v - x0 * a1 - x1 * a0)};
+      Pair2 out[6];
+      for (Index c = 0; c < kTensorComponents; ++c)
+        out[c] = scale * Pair2{f[2 * c], f[2 * c + 1], g[2 * c], g[2 * c + 1]};
+      basicGamma0(x0, x1, x2, p, q, out);
       for (Index c = 0; c < kTensorComponents; ++c) {
         f[2 * c] = out[c][0];
         f[2 * c + 1] = out[c][1];

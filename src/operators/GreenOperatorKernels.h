@@ -67,26 +67,36 @@ GRIDMOOR_HOT inline void symmetricGradient(const double kr[3], const double ki[3
 
 // ---- Specialised forms: one point, no filter. ------------------------------------------
 
+// -Gamma0 tau of "Basic" at xi = (x0, x1, x2) in place, with p = 1 / (2 mu0 |xi|^2) and
+// q = (lambda0 + mu0) / (mu0 (lambda0 + 2 mu0) |xi|^4). With k = i xi the operator is real:
+// -[(xi_i t_j + xi_j t_i) / (2 mu0 |xi|^2) - q xi_i xi_j (xi . t)], t_i = xi_j tau_ij, so it
+// acts on real and imaginary parts alike. T is the values' type (a complex value, or lanes
+// holding the parts of several frequencies), S that of x2, p and q (a number, or lanes).
+template <class T, class S>
+GRIDMOOR_HOT inline void basicGamma0(double x0, double x1, const S& x2, const S& p, const S& q,
+                                     T* tau) {
+  const T t0 = x0 * tau[0] + x1 * tau[5] + x2 * tau[4];
+  const T t1 = x0 * tau[5] + x1 * tau[1] + x2 * tau[3];
+  const T t2 = x0 * tau[4] + x1 * tau[3] + x2 * tau[2];
+  const T v = q * (x0 * t0 + x1 * t1 + x2 * t2);
+  const T a0 = p * t0, a1 = p * t1, a2 = p * t2;
+  tau[0] = x0 * x0 * v - 2.0 * x0 * a0;
+  tau[1] = x1 * x1 * v - 2.0 * x1 * a1;
+  tau[2] = x2 * x2 * v - 2.0 * x2 * a2;
+  tau[3] = 2.0 * (x1 * x2 * v - x1 * a2 - x2 * a1);
+  tau[4] = 2.0 * (x0 * x2 * v - x0 * a2 - x2 * a0);
+  tau[5] = 2.0 * (x0 * x1 * v - x0 * a1 - x1 * a0);
+}
+
 // In place: tau (stress-like) becomes -Gamma0 tau (strain-like).
 template <GreenOperatorType V>
 GRIDMOOR_HOT inline void Gamma0OperatorSpecialized(const FrequencyState& s,
                                                    const ReferenceConstants& r, ComplexValue* tau) {
   if constexpr (V == GreenOperatorType::Basic) {
-    // With k = i xi the operator is real: -[(xi_i t_j + xi_j t_i) / (2 mu |xi|^2)
-    //   - c xi_i xi_j (xi . t) / |xi|^4], t_i = xi_j tau_ij, applied to both parts alike.
     const double* xi = s.kIm[0];
     const double S = s.ii[0][0] + s.ii[1][1] + s.ii[2][2];
-    const double p = 2.0 * r.inverseFourMu0 / S;
-    const double q = r.volumetricFactor / (S * S);
-    const ComplexValue t[3] = {xi[0] * tau[0] + xi[1] * tau[5] + xi[2] * tau[4],
-                               xi[0] * tau[5] + xi[1] * tau[1] + xi[2] * tau[3],
-                               xi[0] * tau[4] + xi[1] * tau[3] + xi[2] * tau[2]};
-    const ComplexValue v = q * (xi[0] * t[0] + xi[1] * t[1] + xi[2] * t[2]);
-    const ComplexValue pt[3] = {p * t[0], p * t[1], p * t[2]};
-    for (std::size_t i = 0; i < 3; ++i) tau[i] = s.ii[i][i] * v - 2.0 * xi[i] * pt[i];
-    tau[3] = 2.0 * s.ii[1][2] * v - 2.0 * (xi[1] * pt[2] + xi[2] * pt[1]);
-    tau[4] = 2.0 * s.ii[0][2] * v - 2.0 * (xi[0] * pt[2] + xi[2] * pt[0]);
-    tau[5] = 2.0 * s.ii[0][1] * v - 2.0 * (xi[0] * pt[1] + xi[1] * pt[0]);
+    basicGamma0(xi[0], xi[1], xi[2], 2.0 * r.inverseFourMu0 / S, r.volumetricFactor / (S * S),
+                tau);
   } else {
     constexpr bool staggered = isStaggered(V);
     ComplexValue f[3], w[3];
