@@ -60,25 +60,30 @@ GRIDMOOR_HOT inline void closedFormAcousticInverse(const FrequencyState& s,
     }
 }
 
+// w = G f of the staggered grid. Its tensor is mu S I + (lambda + mu) k k^H, inverted by
+// Sherman-Morrison: G = I / (mu S) - (lambda + mu) / (mu (lambda + 2 mu) S^2) k k^H, given as
+// diagonal = 1 / (mu S) and rankOne = -(lambda + mu) / (mu (lambda + 2 mu) S^2). So G times the
+// staggered tensor is the identity: the imaginary part of G at (r, c) has the sign of
+// kIm[r] kRe[c] - kRe[r] kIm[c], the entry of k k^H. T is a complex value, or lanes holding
+// those of several frequencies; R the type of the real factors.
+template <class T, class R>
+GRIDMOOR_HOT inline void staggeredAcousticInverse(const T k[3], const R& diagonal,
+                                                  const R& rankOne, const T f[3], T w[3]) {
+  const T scaled = rankOne * (conj(k[0]) * f[0] + conj(k[1]) * f[1] + conj(k[2]) * f[2]);
+  for (int d = 0; d < 3; ++d) w[d] = diagonal * f[d] + k[d] * scaled;
+}
+
 // w = G f for the one-point discretisations with a closed form ("Basic" has its own
 // operators, real in xi).
 template <GreenOperatorType V>
 GRIDMOOR_HOT inline void applyAcousticInverse(const FrequencyState& s, const ReferenceConstants& r,
                                               const ComplexValue f[3], ComplexValue w[3]) {
   if constexpr (V == GreenOperatorType::StaggeredGrid) {
-    // The tensor is mu S I + (lambda + mu) k k^H, inverted by Sherman-Morrison:
-    // G = I / (mu S) - (lambda + mu) / (mu (lambda + 2 mu) S^2) k k^H. So G times the
-    // staggered tensor is the identity: the imaginary part of G at (r, c) has the sign of
-    // kIm[r] kRe[c] - kRe[r] kIm[c], the entry of k k^H.
     const double* kr = s.kRe[0];
     const double* ki = s.kIm[0];
     const double S = s.rr[0][0] + s.rr[1][1] + s.rr[2][2] + s.ii[0][0] + s.ii[1][1] + s.ii[2][2];
-    const double diagonal = 4.0 * r.inverseFourMu0 / S;
-    const double c2 = -r.volumetricFactor / (S * S);
-    ComplexValue kHf{};  // k^H f
-    for (int d = 0; d < 3; ++d) kHf += ComplexValue{kr[d], -ki[d]} * f[d];
-    const ComplexValue scaled = c2 * kHf;
-    for (int d = 0; d < 3; ++d) w[d] = diagonal * f[d] + ComplexValue{kr[d], ki[d]} * scaled;
+    const ComplexValue k[3] = {{kr[0], ki[0]}, {kr[1], ki[1]}, {kr[2], ki[2]}};
+    staggeredAcousticInverse(k, 4.0 * r.inverseFourMu0 / S, -r.volumetricFactor / (S * S), f, w);
   } else {
     static_assert(
         V == GreenOperatorType::ForwardDifference || V == GreenOperatorType::CentralDifference ||

@@ -77,35 +77,44 @@ double frequencyLoop(const FFTImage& field, const AxisTables& tables,
 }
 
 // Two frequencies' values of one component as one vector: re and im of frequency l, then
-// those of frequency l + 1.
+// those of frequency l + 1. As factors of real operators the lanes hold (a, a, b, b).
 using Pair2 = double __attribute__((vector_size(32)));
+using LaneMask = long long __attribute__((vector_size(32)));
 
-// The closed "Basic" Gamma0 on whole rows, without the per-frequency state. The operator is
-// real, so it acts on the real and the imaginary part of the six values alike: two
-// frequencies at a time fill one four-lane vector per component. Both the Neumann series and
-// the Krylov methods run it once per iteration; the per-frequency form took three times the
-// time of reading and writing the spectrum.
-double basicGamma0Rows(FFTImage& field, const AxisTables& tables, const ReferenceConstants& r,
-                       const SpectrumPass& pass) {
+// The same lanes as two complex numbers, for the operators with complex vectors.
+struct ComplexPair {
+  Pair2 v;
+};
+GRIDMOOR_HOT inline ComplexPair operator+(ComplexPair a, ComplexPair b) { return {a.v + b.v}; }
+GRIDMOOR_HOT inline ComplexPair operator-(ComplexPair a) { return {-a.v}; }
+GRIDMOOR_HOT inline ComplexPair operator*(const Pair2& real, ComplexPair a) { return {real * a.v}; }
+GRIDMOOR_HOT inline ComplexPair operator*(ComplexPair a, ComplexPair b) {
+  const Pair2 bRe = __builtin_shuffle(b.v, LaneMask{0, 0, 2, 2});
+  const Pair2 bIm = __builtin_shuffle(b.v, LaneMask{1, 1, 3, 3});
+  const Pair2 aSwapped = __builtin_shuffle(a.v, LaneMask{1, 0, 3, 2});
+  return {a.v * bRe + aSwapped * bIm * Pair2{-1.0, 1.0, -1.0, 1.0}};
+}
+GRIDMOOR_HOT inline ComplexPair conj(ComplexPair a) { return {a.v * Pair2{1.0, -1.0, 1.0, -1.0}}; }
+
+// A closed Gamma0 on whole rows, without the per-frequency state, two frequencies at a time
+// in one vector per component; rowKernel(i, j) gives the kernel of row (i, j), which takes
+// the first inner index l of the pair and the six values, scaled by the pass, in place (when
+// l + 1 is past the row, the second lanes are a dummy with the inner axis's factors of index
+// nHalf). Both the Neumann series and the Krylov methods run it once per iteration; the
+// per-frequency form took two to three times as long.
+template <class RowKernel>
+double closedGamma0Rows(FFTImage& field, const SpectrumPass& pass, const AxisTables& tables,
+                        const RowKernel& rowKernel) {
   constexpr Index kValues = 2 * kTensorComponents;
   const Index nHalf = field.nThird / 2 + 1;
   const Index lastSingle = lastSingleIndex(field);
-  // The inner axis's frequencies and the multiplicity of their planes, contiguous; one entry
-  // more, so that a row of odd length ends with a pair whose second half is a dummy.
-  std::vector<double> xiInner(nHalf + 1, 1.0), multiplicity(nHalf + 1, 0.0);
-  for (Index l = 0; l < nHalf; ++l) {
-    xiInner[l] = tables.at(2, 0, l).xi;
-    multiplicity[l] = (l == 0 || l == lastSingle) ? 1.0 : 2.0;
-  }
+  std::vector<double> multiplicity(nHalf + 1, 0.0);
+  for (Index l = 0; l < nHalf; ++l) multiplicity[l] = (l == 0 || l == lastSingle) ? 1.0 : 2.0;
   double* data = field.data();
-  const double halfInverseMu0 = 2.0 * r.inverseFourMu0;
-  const double volumetric = r.volumetricFactor;
   const double scale = pass.scale;
   const double* weights = pass.normWeights;
   return spectrumRows(field, tables, [&](FrequencyState&, Index i, Index j, Index rowFrequency) {
-    const double x0 = tables.at(0, 0, i).xi;
-    const double x1 = tables.at(1, 0, j).xi;
-    const double outer = x0 * x0 + x1 * x1;
+    const auto kernel = rowKernel(i, j);
     double* row = data + rowFrequency * kValues;
     double sum = 0.0;
     double dummy[kValues] = {};
@@ -113,15 +122,10 @@ double basicGamma0Rows(FFTImage& field, const AxisTables& tables, const Referenc
     for (Index l = (i == 0 && j == 0) ? 1 : 0; l < nHalf; l += 2) {
       double* f = row + kValues * l;
       double* g = l + 1 < nHalf ? f + kValues : dummy;
-      const double xa = xiInner[l], xb = xiInner[l + 1];
-      const double sa = 1.0 / (outer + xa * xa), sb = 1.0 / (outer + xb * xb);
-      const Pair2 x2 = {xa, xa, xb, xb};
-      const Pair2 p = halfInverseMu0 * Pair2{sa, sa, sb, sb};
-      const Pair2 q = volumetric * Pair2{sa * sa, sa * sa, sb * sb, sb * sb};
       Pair2 out[6];
       for (Index c = 0; c < kTensorComponents; ++c)
         out[c] = scale * Pair2{f[2 * c], f[2 * c + 1], g[2 * c], g[2 * c + 1]};
-      basicGamma0(x0, x1, x2, p, q, out);
+      kernel(l, out);
       for (Index c = 0; c < kTensorComponents; ++c) {
         f[2 * c] = out[c][0];
         f[2 * c + 1] = out[c][1];
@@ -136,6 +140,57 @@ double basicGamma0Rows(FFTImage& field, const AxisTables& tables, const Referenc
       }
     }
     return sum;
+  });
+}
+
+// "Basic": the operator is real in xi, so it acts on real and imaginary parts alike.
+double basicGamma0Rows(FFTImage& field, const AxisTables& tables, const ReferenceConstants& r,
+                       const SpectrumPass& pass) {
+  const Index nHalf = field.nThird / 2 + 1;
+  std::vector<double> xiInner(nHalf + 1, 1.0);
+  for (Index l = 0; l < nHalf; ++l) xiInner[l] = tables.at(2, 0, l).xi;
+  const double halfInverseMu0 = 2.0 * r.inverseFourMu0;
+  return closedGamma0Rows(field, pass, tables, [&](Index i, Index j) {
+    const double x0 = tables.at(0, 0, i).xi;
+    const double x1 = tables.at(1, 0, j).xi;
+    const double outer = x0 * x0 + x1 * x1;
+    return [&xiInner, &r, halfInverseMu0, x0, x1, outer](Index l, Pair2* values) {
+      const double xa = xiInner[l], xb = xiInner[l + 1];
+      const double sa = 1.0 / (outer + xa * xa), sb = 1.0 / (outer + xb * xb);
+      const Pair2 p = halfInverseMu0 * Pair2{sa, sa, sb, sb};
+      const Pair2 q = r.volumetricFactor * Pair2{sa * sa, sa * sa, sb * sb, sb * sb};
+      basicGamma0(x0, x1, Pair2{xa, xa, xb, xb}, p, q, values);
+    };
+  });
+}
+
+// "StaggeredGrid": complex vectors; the inner axis's factors are read once per call.
+double staggeredGamma0Rows(FFTImage& field, const AxisTables& tables,
+                           const ReferenceConstants& r, const SpectrumPass& pass) {
+  const Index nHalf = field.nThird / 2 + 1;
+  std::vector<double> re(nHalf + 1, 1.0), im(nHalf + 1, 0.0);
+  for (Index l = 0; l < nHalf; ++l) {
+    re[l] = tables.at(2, 0, l).re;
+    im[l] = tables.at(2, 0, l).im;
+  }
+  const double inverseMu0 = 4.0 * r.inverseFourMu0;
+  return closedGamma0Rows(field, pass, tables, [&](Index i, Index j) {
+    const AxisFactor& a0 = tables.at(0, 0, i);
+    const AxisFactor& a1 = tables.at(1, 0, j);
+    const double outer = a0.re * a0.re + a0.im * a0.im + a1.re * a1.re + a1.im * a1.im;
+    const ComplexPair k0{Pair2{a0.re, a0.im, a0.re, a0.im}};
+    const ComplexPair k1{Pair2{a1.re, a1.im, a1.re, a1.im}};
+    return [&re, &im, &r, inverseMu0, outer, k0, k1](Index l, Pair2* values) {
+      const double sa = 1.0 / (outer + re[l] * re[l] + im[l] * im[l]);
+      const double sb = 1.0 / (outer + re[l + 1] * re[l + 1] + im[l + 1] * im[l + 1]);
+      const Pair2 diagonal = inverseMu0 * Pair2{sa, sa, sb, sb};
+      const Pair2 rankOne = -r.volumetricFactor * Pair2{sa * sa, sa * sa, sb * sb, sb * sb};
+      const ComplexPair k[3] = {k0, k1, {Pair2{re[l], im[l], re[l + 1], im[l + 1]}}};
+      ComplexPair tau[6];
+      for (Index c = 0; c < kTensorComponents; ++c) tau[c] = {values[c]};
+      staggeredGamma0(k, diagonal, rankOne, tau);
+      for (Index c = 0; c < kTensorComponents; ++c) values[c] = tau[c].v;
+    };
   });
 }
 
@@ -217,6 +272,9 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
     if constexpr (V == GreenOperatorType::Basic) {
       checkTensorField(tensor);
       return basicGamma0Rows(tensor, tables_, r, pass);
+    } else if constexpr (V == GreenOperatorType::StaggeredGrid) {
+      checkTensorField(tensor);
+      return staggeredGamma0Rows(tensor, tables_, r, pass);
     }
     return tensorLoop(tensor, pass, [&](const FrequencyState& s, ComplexValue* tau) {
       Gamma0OperatorSpecialized<V>(s, r, tau);

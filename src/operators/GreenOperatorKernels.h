@@ -30,15 +30,15 @@ GRIDMOOR_HOT inline void applyReferenceStiffness(const ReferenceConstants& r,
 
 // f = B^H tau for the discrete symmetric gradient B of vector k: the divergence of a
 // stress-like tensor without its minus sign. conj(k_j) tau_ij summed over j; the staggered
-// gradient takes -k_i tau_ii for the normal term.
-template <bool Staggered>
-GRIDMOOR_HOT inline void transposedGradient(const double kr[3], const double ki[3],
-                                            const ComplexValue* tau, ComplexValue f[3]) {
-  const ComplexValue kc[3] = {{kr[0], -ki[0]}, {kr[1], -ki[1]}, {kr[2], -ki[2]}};
-  ComplexValue normal[3];
+// gradient takes -k_i tau_ii for the normal term. T is a complex value, or lanes holding the
+// complex values of several frequencies.
+template <bool Staggered, class T>
+GRIDMOOR_HOT inline void transposedGradientOf(const T k[3], const T* tau, T f[3]) {
+  const T kc[3] = {conj(k[0]), conj(k[1]), conj(k[2])};
+  T normal[3];
   for (std::size_t i = 0; i < 3; ++i) {
     if constexpr (Staggered)
-      normal[i] = -(ComplexValue{kr[i], ki[i]} * tau[i]);
+      normal[i] = -(k[i] * tau[i]);
     else
       normal[i] = kc[i] * tau[i];
   }
@@ -48,12 +48,17 @@ GRIDMOOR_HOT inline void transposedGradient(const double kr[3], const double ki[
   f[2] = normal[2] + kc[0] * tau[4] + kc[1] * tau[3];
 }
 
+template <bool Staggered>
+GRIDMOOR_HOT inline void transposedGradient(const double kr[3], const double ki[3],
+                                            const ComplexValue* tau, ComplexValue f[3]) {
+  const ComplexValue k[3] = {{kr[0], ki[0]}, {kr[1], ki[1]}, {kr[2], ki[2]}};
+  transposedGradientOf<Staggered>(k, tau, f);
+}
+
 // epsilon = B w, engineering shear: k_i w_i on the diagonal (-conj(k_i) w_i for the
 // staggered gradient), k_i w_j + k_j w_i on the shear components.
-template <bool Staggered>
-GRIDMOOR_HOT inline void symmetricGradient(const double kr[3], const double ki[3],
-                                           const ComplexValue w[3], ComplexValue* strain) {
-  const ComplexValue k[3] = {{kr[0], ki[0]}, {kr[1], ki[1]}, {kr[2], ki[2]}};
+template <bool Staggered, class T>
+GRIDMOOR_HOT inline void symmetricGradientOf(const T k[3], const T w[3], T* strain) {
   for (std::size_t i = 0; i < 3; ++i) {
     if constexpr (Staggered)
       strain[i] = -(conj(k[i]) * w[i]);
@@ -63,6 +68,13 @@ GRIDMOOR_HOT inline void symmetricGradient(const double kr[3], const double ki[3
   strain[3] = k[1] * w[2] + k[2] * w[1];
   strain[4] = k[0] * w[2] + k[2] * w[0];
   strain[5] = k[0] * w[1] + k[1] * w[0];
+}
+
+template <bool Staggered>
+GRIDMOOR_HOT inline void symmetricGradient(const double kr[3], const double ki[3],
+                                           const ComplexValue w[3], ComplexValue* strain) {
+  const ComplexValue k[3] = {{kr[0], ki[0]}, {kr[1], ki[1]}, {kr[2], ki[2]}};
+  symmetricGradientOf<Staggered>(k, w, strain);
 }
 
 // ---- Specialised forms: one point, no filter. ------------------------------------------
@@ -86,6 +98,18 @@ GRIDMOOR_HOT inline void basicGamma0(double x0, double x1, const S& x2, const S&
   tau[3] = 2.0 * (x1 * x2 * v - x1 * a2 - x2 * a1);
   tau[4] = 2.0 * (x0 * x2 * v - x0 * a2 - x2 * a0);
   tau[5] = 2.0 * (x0 * x1 * v - x0 * a1 - x1 * a0);
+}
+
+// -Gamma0 tau of "StaggeredGrid" at vector k in place: B^H, the inverse of the acoustic
+// tensor (staggeredAcousticInverse) and B, negated. R is the type of its real factors.
+template <class T, class R>
+GRIDMOOR_HOT inline void staggeredGamma0(const T k[3], const R& diagonal, const R& rankOne,
+                                         T* tau) {
+  T f[3], w[3];
+  transposedGradientOf<true>(k, tau, f);
+  staggeredAcousticInverse(k, diagonal, rankOne, f, w);
+  symmetricGradientOf<true>(k, w, tau);
+  for (std::size_t c = 0; c < kTensorComponents; ++c) tau[c] = -tau[c];
 }
 
 // In place: tau (stress-like) becomes -Gamma0 tau (strain-like).

@@ -5,6 +5,7 @@
 
 #include <numbers>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "GreenOperatorTestSupport.h"
@@ -114,28 +115,32 @@ TEST_P(GreenOperatorRealField, SpectrumStaysHermitianAndScaleAndNormFoldIntoTheL
   }
 }
 
-// The closed "Basic" Gamma0 runs over whole rows, two frequencies at a time: against the
-// general form on rows of odd and even length (inner axes 7, 8 and 1), the Nyquist planes of
-// even axes included, with the scale and the norm of a solver step, the zero frequency kept.
-TEST(GreenOperatorClosedForms, BasicRowsAgreeWithTheGeneralForm) {
-  for (const Grid& g : {Grid{5, 3, 7}, Grid{4, 6, 8}, Grid{6, 5, 1}}) {
-    const auto closed = DiscreteGreenOperator::create(
-        GreenOperatorSettings::of(G::Basic, FilterType::None, true, kVoxel), g);
-    const auto general = DiscreteGreenOperator::create(
-        GreenOperatorSettings::of(G::Basic, FilterType::None, false, kVoxel), g);
-    ASSERT_TRUE(closed->isSpecialized());
-    const auto a = randomSpectrum(6, g, 45);
-    const auto b = copyOf(*a);
-    b->isInFourierSpace = true;
-    const std::vector<double> weights = {0.5, 0.75, 1.0, 1.25, 1.5, 0.5};
-    const SpectrumPass pass{0.25, weights.data()};
-    const double closedSum = closed->applyGamma0(*a, kReference, pass);
-    const double generalSum = general->applyGamma0(*b, kReference, pass);
-    EXPECT_LT(maxDifference(*a, *b), 1e-13) << g[0] << "x" << g[1] << "x" << g[2];
-    EXPECT_NEAR(closedSum, generalSum, 1e-12 * generalSum);
-    const auto untouched = randomSpectrum(6, g, 45);
-    EXPECT_EQ(valuesAt(*a, {0, 0, 0}), valuesAt(*untouched, {0, 0, 0}));
-  }
+// The closed "Basic" and "StaggeredGrid" Gamma0 run over whole rows, two frequencies at a
+// time: against the general form on rows of odd and even length (inner axes 7, 8 and 1), the
+// Nyquist planes of even axes included, with the scale and the norm of a solver step, the
+// zero frequency kept.
+TEST(GreenOperatorClosedForms, RowsAgreeWithTheGeneralForm) {
+  for (G v : {G::Basic, G::StaggeredGrid})
+    for (const Grid& g : {Grid{5, 3, 7}, Grid{4, 6, 8}, Grid{6, 5, 1}}) {
+      const auto closed = DiscreteGreenOperator::create(
+          GreenOperatorSettings::of(v, FilterType::None, true, kVoxel), g);
+      const auto general = DiscreteGreenOperator::create(
+          GreenOperatorSettings::of(v, FilterType::None, false, kVoxel), g);
+      ASSERT_TRUE(closed->isSpecialized());
+      const auto a = randomSpectrum(6, g, 45);
+      const auto b = copyOf(*a);
+      b->isInFourierSpace = true;
+      const std::vector<double> weights = {0.5, 0.75, 1.0, 1.25, 1.5, 0.5};
+      const SpectrumPass pass{0.25, weights.data()};
+      const double closedSum = closed->applyGamma0(*a, kReference, pass);
+      const double generalSum = general->applyGamma0(*b, kReference, pass);
+      const std::string where = wordOf(v) + " on " + std::to_string(g[0]) + "x" +
+                                std::to_string(g[1]) + "x" + std::to_string(g[2]);
+      EXPECT_LT(maxDifference(*a, *b), 1e-13) << where;
+      EXPECT_NEAR(closedSum, generalSum, 1e-12 * generalSum) << where;
+      const auto untouched = randomSpectrum(6, g, 45);
+      EXPECT_EQ(valuesAt(*a, {0, 0, 0}), valuesAt(*untouched, {0, 0, 0})) << where;
+    }
 }
 
 // The divergence of a real stress field through the spectrum against the stencils on the
