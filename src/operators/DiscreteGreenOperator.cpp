@@ -85,16 +85,24 @@ using LaneMask = long long __attribute__((vector_size(32)));
 struct ComplexPair {
   Pair2 v;
 };
-GRIDMOOR_HOT inline ComplexPair operator+(ComplexPair a, ComplexPair b) { return {a.v + b.v}; }
-GRIDMOOR_HOT inline ComplexPair operator-(ComplexPair a) { return {-a.v}; }
-GRIDMOOR_HOT inline ComplexPair operator*(const Pair2& real, ComplexPair a) { return {real * a.v}; }
-GRIDMOOR_HOT inline ComplexPair operator*(ComplexPair a, ComplexPair b) {
+// Arguments by reference: a 32-byte vector passed by value changes the calling convention
+// between builds with and without AVX.
+GRIDMOOR_HOT inline ComplexPair operator+(const ComplexPair& a, const ComplexPair& b) {
+  return {a.v + b.v};
+}
+GRIDMOOR_HOT inline ComplexPair operator-(const ComplexPair& a) { return {-a.v}; }
+GRIDMOOR_HOT inline ComplexPair operator*(const Pair2& real, const ComplexPair& a) {
+  return {real * a.v};
+}
+GRIDMOOR_HOT inline ComplexPair operator*(const ComplexPair& a, const ComplexPair& b) {
   const Pair2 bRe = __builtin_shuffle(b.v, LaneMask{0, 0, 2, 2});
   const Pair2 bIm = __builtin_shuffle(b.v, LaneMask{1, 1, 3, 3});
   const Pair2 aSwapped = __builtin_shuffle(a.v, LaneMask{1, 0, 3, 2});
   return {a.v * bRe + aSwapped * bIm * Pair2{-1.0, 1.0, -1.0, 1.0}};
 }
-GRIDMOOR_HOT inline ComplexPair conj(ComplexPair a) { return {a.v * Pair2{1.0, -1.0, 1.0, -1.0}}; }
+GRIDMOOR_HOT inline ComplexPair conj(const ComplexPair& a) {
+  return {a.v * Pair2{1.0, -1.0, 1.0, -1.0}};
+}
 
 // A closed Gamma0 on whole rows, without the per-frequency state, two frequencies at a time
 // in one vector per component; rowKernel(i, j) gives the kernel of row (i, j), which takes
