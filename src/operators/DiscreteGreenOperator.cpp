@@ -283,10 +283,11 @@ class SpecializedGreenOperator final : public DiscreteGreenOperator {
     } else if constexpr (V == GreenOperatorType::StaggeredGrid) {
       checkTensorField(tensor);
       return staggeredGamma0Rows(tensor, tables_, r, pass);
+    } else {
+      return tensorLoop(tensor, pass, [&](const FrequencyState& s, ComplexValue* tau) {
+        Gamma0OperatorSpecialized<V>(s, r, tau);
+      });
     }
-    return tensorLoop(tensor, pass, [&](const FrequencyState& s, ComplexValue* tau) {
-      Gamma0OperatorSpecialized<V>(s, r, tau);
-    });
   }
 
   double applyDelta0(FFTImage& tensor, const ReferenceConstants& r,
