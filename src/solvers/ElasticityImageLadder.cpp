@@ -11,6 +11,7 @@
 #include "materials/MaterialVector.h"
 #include "operators/DiscreteGreenOperator.h"
 #include "postprocessing/SurfaceForces.h"
+#include "solvers/FieldAlgebra.h"
 
 namespace gridmoor {
 
@@ -94,21 +95,22 @@ StepSums ElasticityHyperelasticityImage::step(StepKind kind, const StepContext& 
     stepInput_ = nullptr;
     return sums;
   }
-  const std::uint64_t nc = nComponents;
+  const std::uint64_t length = rowLength(*this);
   const int terms = input.terms;
   double* own = data();
   double* store = input.store ? input.store->data() : nullptr;
-  forEachVoxel(*this, [&](double* v) {
-    const std::uint64_t at = static_cast<std::uint64_t>(v - own);
-    for (std::uint64_t c = 0; c < nc; ++c) {
+  rowPass<0>(*this, [&](std::uint64_t o, std::array<double, 0>&) {
+    if (input.work) input.work->row(o);
+    for (std::uint64_t i = o; i < o + length; ++i) {
       double sum = 0.0;
       for (int t = 0; t < terms; ++t)
         sum += input.weights[static_cast<std::size_t>(t)] *
-               input.fields[static_cast<std::size_t>(t)]->data()[at + c];
-      v[c] = sum;
-      if (store) store[at + c] = sum;
+               input.fields[static_cast<std::size_t>(t)]->data()[i];
+      own[i] = sum;
+      if (store) store[i] = sum;
     }
   });
+  if (input.work && !input.work->afterLoop()) return {0.0, false};
   return step(kind, ctx, load);
 }
 
@@ -305,6 +307,10 @@ StepSums ElasticityImage::fixedPointStep(StepKind kind, const StepContext& ctx,
   stateMark = 0;
   StepSums sums;
   materialPass(kind, ctx, load, regularisationSums.data());
+  if (const StepInput* input = stepInput(); input && input->work && !input->work->afterLoop()) {
+    sums.transformed = false;
+    return sums;
+  }
   computeMeanForRegularization(ctx, regularisationSums.data(), meanFromLoad.data());
   forwardTransform();
   maskConstrainedComponents(load, strainPart.data());

@@ -88,16 +88,24 @@ class FieldProduct {
     double s = 0.0;
 #pragma omp simd reduction(+ : s)
     for (std::uint64_t i = 0; i < n; ++i) s += w[i] * x[i] * y[i];
-    if (coupled_)
-      for (std::uint64_t v = 0; v < n; v += nValues_)
-        for (std::uint64_t p = 0; p < points_; ++p) {
-          const double* a = x + v + 6 * p;
-          const double* b = y + v + 6 * p;
-          s += trace_[p] * (a[0] + a[1] + a[2]) * (b[0] + b[1] + b[2]);
-        }
-    return s;
+    return coupled_ ? s + rowTraces(x, y) : s;
   }
   double rowNorm2(const double* x) const { return row(x, x); }
+
+  // On a row the form is the sum of rowWeights()[i] x[i] y[i], plus rowTraces(x, y) when it
+  // is coupled: loops that make their own elementwise work take the first part on the way.
+  const double* rowWeights() const { return rowWeight_.data(); }
+  bool coupled() const { return coupled_; }
+  double rowTraces(const double* x, const double* y) const {
+    double s = 0.0;
+    for (std::uint64_t v = 0; v < rowWeight_.size(); v += nValues_)
+      for (std::uint64_t p = 0; p < points_; ++p) {
+        const double* a = x + v + 6 * p;
+        const double* b = y + v + 6 * p;
+        s += trace_[p] * (a[0] + a[1] + a[2]) * (b[0] + b[1] + b[2]);
+      }
+    return s;
+  }
 
  private:
   std::uint64_t nValues_ = 0;

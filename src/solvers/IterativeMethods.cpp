@@ -1,5 +1,7 @@
 #include "solvers/IterativeMethods.h"
 
+#include <omp.h>
+
 #include <cmath>
 #include <map>
 #include <ostream>
@@ -61,11 +63,16 @@ class SystemOperator {
   }
 
   // The first half of a product A(p): q := T(p) with a stored b, L(p) without, for the p that
-  // `input` forms (and stores, if it says so).
-  void step(Field& q, const StepInput& input) {
-    ++counters_.matrixVectorProducts;
-    stepUncounted(q, input);
+  // `input` forms (and stores, if it says so). Not counted when the input's row work ended it
+  // before its transforms.
+  StepSums step(Field& q, const StepInput& input) {
+    const StepSums sums = stepUncounted(q, input);
+    if (sums.transformed) ++counters_.matrixVectorProducts;
+    return sums;
   }
+
+  // The stored b, or null when L is the step under zero load.
+  const Field* storedLoad() const { return b_; }
 
   // q := L(b), the residual b - (I - L) b of the start x = b (after start()).
   void startResidual(Field& q) {
@@ -121,11 +128,9 @@ class SystemOperator {
   }
 
  private:
-  void stepUncounted(Field& q, const StepInput& input) {
-    if (b_)
-      q.step(kind_, ctx_, load_, input);
-    else
-      q.step(kind_, homogeneousCtx_, zeroLoad_, input);
+  StepSums stepUncounted(Field& q, const StepInput& input) {
+    if (b_) return q.step(kind_, ctx_, load_, input);
+    return q.step(kind_, homogeneousCtx_, zeroLoad_, input);
   }
 
   Field& x_;
@@ -266,11 +271,104 @@ class MethodRun {
   ConvergenceMonitor monitor_;
 };
 
+// CG's update of x and r along the last direction p, and the next direction, fused into the
+// voxel loop of the step that applies A to that next direction. On each row, with ap = p + b
+// - q the row of A p (q still holds the last step's result): x += alpha p, r += alpha ap,
+// p := beta p - r, which the step then reads as its input. Per thread it sums the squared
+// norms of the new r (in the methods' product) and x (the field's); afterLoop hands them to
+// `next`, which says whether the step goes on to its transforms.
+template <class Next>
+class ConjugateUpdate final : public StepRowWork {
+ public:
+  ConjugateUpdate(MethodRun& m, Field& r, Field& p, const Field& q, const Field* b, Next next)
+      : x_(m.x.data()),
+        r_(r.data()),
+        p_(p.data()),
+        q_(q.data()),
+        b_(b ? b->data() : nullptr),
+        length_(rowLength(q)),
+        energy_(m.energy),
+        tensor_(m.tensor),
+        sums_(static_cast<std::size_t>(omp_get_max_threads())),
+        next_(next) {}
+
+  void set(double alpha, double beta) {
+    alpha_ = alpha;
+    beta_ = beta;
+    for (ThreadSums& s : sums_) s = {};
+  }
+
+  void row(std::uint64_t o) override {
+    double* x = x_ + o;
+    double* r = r_ + o;
+    double* p = p_ + o;
+    const double* q = q_ + o;
+    const double* b = b_ ? b_ + o : nullptr;
+    const double alpha = alpha_;
+    const double beta = beta_;
+    const double* we = energy_.rowWeights();
+    const double* wt = tensor_.rowWeights();
+    double r2 = 0.0;
+    double x2 = 0.0;
+#pragma omp simd reduction(+ : r2, x2)
+    for (std::uint64_t i = 0; i < length_; ++i) {
+      const double ap = p[i] + (b ? b[i] : 0.0) - q[i];
+      const double xi = x[i] + alpha * p[i];
+      const double ri = r[i] + alpha * ap;
+      x[i] = xi;
+      r[i] = ri;
+      p[i] = beta * p[i] - ri;
+      r2 += we[i] * ri * ri;
+      x2 += wt[i] * xi * xi;
+    }
+    if (energy_.coupled()) r2 += energy_.rowTraces(r, r);
+    if (tensor_.coupled()) x2 += tensor_.rowTraces(x, x);
+    ThreadSums& s = sums_[static_cast<std::size_t>(omp_get_thread_num())];
+    s.r2 += r2;
+    s.x2 += x2;
+  }
+
+  bool afterLoop() override {
+    double r2 = 0.0;
+    double x2 = 0.0;
+    for (const ThreadSums& s : sums_) {
+      r2 += s.r2;
+      x2 += s.x2;
+    }
+    return next_(r2, x2);
+  }
+
+ private:
+  // A cache line per thread.
+  struct alignas(64) ThreadSums {
+    double r2 = 0.0;
+    double x2 = 0.0;
+  };
+
+  double* x_;
+  double* r_;
+  double* p_;
+  const double* q_;
+  const double* b_;
+  std::uint64_t length_;
+  const FieldProduct& energy_;
+  const FieldProduct& tensor_;
+  std::vector<ThreadSums> sums_;
+  Next next_;
+  double alpha_ = 0.0;
+  double beta_ = 0.0;
+};
+
 // Conjugate gradients on (I - L) x = b, started at x = b. p: direction, r: gradient A x - b,
-// q: where the products run. Passes over the fields per iteration besides the step's voxel
-// loop, which forms the new direction p := beta p - r and stores it: the dot product p . A p
-// and the update of x and r with both their norms. A p is never stored; both passes form it
-// from p and the step's result (and b).
+// q: where the products run. Two passes over the fields per iteration: one pass reads p, r
+// and the step's result for p . A p, r . A p and A p . A p; the step of the next direction then
+// updates x and r and forms p := beta p - r in its own voxel loop (ConjugateUpdate), where
+// beta needs the new r . r before that loop has summed it: it comes from the three products,
+// r' . r' = r . r + 2 alpha r . A p + alpha^2 A p . A p. The sums of the loop give the exact
+// r' . r' for the next alpha, and the criteria, which end the step before its transforms when
+// the iterate has converged. Laws with internal variables are handed the new iterate by the
+// criteria, after that loop: the product of the next direction sees their state of the
+// iterate before. CG is a method for linear laws; on others it warns and goes on.
 void runCG(MethodRun& m) {
   Field& p = m.field("d_k");
   Field& r = m.field("g_k");
@@ -279,49 +377,66 @@ void runCG(MethodRun& m) {
   m.startCriteria(op.start().fieldNormSquared);
   op.startResidual(q);
   const std::uint64_t nc = m.x.nComponents;
-  double* xd = m.x.data();
   const double* pd = p.data();
   double* rd = r.data();
   const double* qd = q.data();
   const FieldProduct& energy = m.energy;
-  const FieldProduct& tensor = m.tensor;
-  const std::uint64_t length = rowLength(q);
   // r := -L(b); the first direction, -r, is formed in the first product.
   double rr = voxelPass<1>(q, [&](std::uint64_t o, std::array<double, 1>& s) {
     for (std::uint64_t c = 0; c < nc; ++c) rd[o + c] = -qd[o + c];
     s[0] += energy.norm2(rd + o);
   })[0];
-  double beta = 0.0;
-  for (int n = 0; n < m.settings.maxIter; ++n) {
-    m.beginIteration(n);
-    StepInput direction;
-    if (n > 0) direction.add(beta, p);
-    op.step(q, direction.add(-1.0, r).storedIn(p));
-    const double pq = op.productRows<1>(p, 1.0, q, [&](std::uint64_t o, const double* ap,
-                                                       std::array<double, 1>& s) {
-      s[0] += energy.row(pd + o, ap);
-    })[0];
-    if (std::abs(pq) < kCGStall) {
+  if (m.settings.maxIter <= 0) return;
+  int n = 0;
+  m.beginIteration(n);
+  op.step(q, StepInput().add(-1.0, r).storedIn(p));
+  ConjugateUpdate update(m, r, p, q, op.storedLoad(), [&](double r2, double x2) {
+    rr = r2;
+    if (m.endIteration(n, x2) || n + 1 >= m.settings.maxIter) return false;
+    m.beginIteration(++n);
+    return true;
+  });
+  const double* bd = op.storedLoad() ? op.storedLoad()->data() : nullptr;
+  const double* w = energy.rowWeights();
+  const std::uint64_t length = rowLength(q);
+  for (;;) {
+    // p . A p, r . A p and A p . A p in one sweep of each row, A p formed on the way.
+    const auto products = rowPass<3>(q, [&](std::uint64_t o, std::array<double, 3>& s) {
+      const double* pRow = pd + o;
+      const double* rRow = rd + o;
+      const double* qRow = qd + o;
+      const double* bRow = bd ? bd + o : nullptr;
+      double pAp = 0.0;
+      double rAp = 0.0;
+      double apAp = 0.0;
+#pragma omp simd reduction(+ : pAp, rAp, apAp)
+      for (std::uint64_t i = 0; i < length; ++i) {
+        const double ap = pRow[i] + (bRow ? bRow[i] : 0.0) - qRow[i];
+        pAp += w[i] * pRow[i] * ap;
+        rAp += w[i] * rRow[i] * ap;
+        apAp += w[i] * ap * ap;
+      }
+      if (energy.coupled()) {
+        thread_local std::vector<double> ap;
+        ap.resize(length);
+        for (std::uint64_t i = 0; i < length; ++i)
+          ap[i] = pRow[i] + (bRow ? bRow[i] : 0.0) - qRow[i];
+        pAp += energy.rowTraces(pRow, ap.data());
+        rAp += energy.rowTraces(rRow, ap.data());
+        apAp += energy.rowTraces(ap.data(), ap.data());
+      }
+      s[0] += pAp;
+      s[1] += rAp;
+      s[2] += apAp;
+    });
+    if (std::abs(products[0]) < kCGStall) {
       m.stalled(true, "the direction's product vanished");
       break;
     }
-    const double alpha = rr / pq;
-    const auto sums = op.productRows<2>(p, 1.0, q, [&](std::uint64_t o, const double* ap,
-                                                       std::array<double, 2>& s) {
-      double* xRow = xd + o;
-      double* rRow = rd + o;
-      const double* pRow = pd + o;
-#pragma omp simd
-      for (std::uint64_t i = 0; i < length; ++i) {
-        xRow[i] += alpha * pRow[i];
-        rRow[i] += alpha * ap[i];
-      }
-      s[0] += energy.rowNorm2(rRow);
-      s[1] += tensor.rowNorm2(xRow);
-    });
-    beta = sums[0] / rr;
-    rr = sums[0];
-    if (m.endIteration(n, sums[1])) break;
+    const double alpha = rr / products[0];
+    const double beta = (rr + alpha * (2.0 * products[1] + alpha * products[2])) / rr;
+    update.set(alpha, beta);
+    if (!op.step(q, StepInput().add(1.0, p).fusedWith(update)).transformed) break;
   }
 }
 

@@ -55,17 +55,33 @@ struct StepContext {
   double tikhonovAlpha = 0.0;
 };
 
+// Work an iterative method fuses into the voxel loop of a step, on data the loop touches
+// anyway: row(offset) runs on each row (the voxels of one (x, y), offset as in rowPass) before
+// the loop reads that row's input, in the thread that then reads it; afterLoop() runs once
+// when the loop is done and says whether the step goes on to its transforms. When it says no,
+// the step ends there and its field holds no result.
+class StepRowWork {
+ public:
+  virtual void row(std::uint64_t offset) = 0;
+  virtual bool afterLoop() = 0;
+
+ protected:
+  ~StepRowWork() = default;
+};
+
 // The input of a step taken from other fields instead of the field's own values: the sum of
 // weight * field over the terms (fields of the stepped field's shape, in real space; the
 // stepped field itself may be one of them), also written into `store` when that is set. An
 // iterative method forms its next direction this way inside the step's voxel loop, which
-// saves the pass over the fields that would form it first.
+// saves the pass over the fields that would form it first; with `work` it moves its other
+// fields on in the same loop.
 struct StepInput {
   static constexpr int kMaxTerms = 3;
   int terms = 0;
   std::array<const FFTImage*, kMaxTerms> fields{};
   std::array<double, kMaxTerms> weights{};
   FFTImage* store = nullptr;
+  StepRowWork* work = nullptr;
 
   StepInput& add(double weight, const FFTImage& field) {
     fields[static_cast<std::size_t>(terms)] = &field;
@@ -77,12 +93,18 @@ struct StepInput {
     store = &field;
     return *this;
   }
+  StepInput& fusedWith(StepRowWork& rowWork) {
+    work = &rowWork;
+    return *this;
+  }
 };
 
 // Reductions gathered by a step in passes it makes anyway.
 struct StepSums {
   // Squared norm of the field the step produced (tensor norm, summed over voxels).
   double fieldNormSquared = 0.0;
+  // False when the input's row work ended the step after its voxel loop.
+  bool transformed = true;
 };
 
 }  // namespace gridmoor

@@ -33,11 +33,16 @@ LawTable lawTableOf(const StepContext& ctx, const FFTImage& image) {
   return laws;
 }
 
+struct NoRowStart {
+  void operator()(std::uint64_t) const {}
+};
+
 // Visits every integration point of `image` with its voxel's law, in the OpenMP team with
 // static chunks of the first axis. Each thread works on its own Acc, merged at the end.
-template <class Acc, class Body>
+// rowStart(offset) runs before the points of each row.
+template <class Acc, class Body, class RowStart = NoRowStart>
 Acc visitPoints(const FFTImage& image, const StepContext& ctx, std::uint64_t points,
-                Body body) {
+                Body body, RowStart rowStart = {}) {
   const LawTable laws = lawTableOf(ctx, image);
   const ColorImage& colours = ctx.geometry->RealVoxelImage;
   Acc total;
@@ -48,6 +53,7 @@ Acc visitPoints(const FFTImage& image, const StepContext& ctx, std::uint64_t poi
     for (std::uint64_t x = range.begin; x < range.end; ++x)
       for (std::uint64_t y = 0; y < image.nSecond; ++y) {
         const std::uint64_t row = (x - image.firstOffset) * image.planeStride + y * image.rowStride;
+        rowStart(row);
         for (std::uint64_t z = 0; z < image.nThird; ++z) {
           const Colour colour = colours.at(x, y, z);
           DiscretizedElasticMaterial* law = laws[colour];
@@ -106,23 +112,29 @@ inline void computeStressAt(DiscretizedElasticMaterial& law, StepKind kind, cons
 
 // Where the voxel loop reads the strain of a point: the field's own values...
 struct OwnValues {
+  void beginRow(std::uint64_t) const {}
   const double* read(const double* e, std::uint64_t, double*) const { return e; }
 };
 
 // ...or a combination of Terms other fields (StepInput), written also into the store if there
-// is one. The number of terms is a template argument, so that the loops unroll.
+// is one, after the input's row work on the row. The number of terms is a template argument,
+// so that the loops unroll.
 template <int Terms>
 struct CombinedValues {
   std::array<const double*, Terms> fields{};
   std::array<double, Terms> weights{};
   double* store = nullptr;
+  StepRowWork* work = nullptr;
 
   explicit CombinedValues(const StepInput& input)
-      : store(input.store ? input.store->data() : nullptr) {
+      : store(input.store ? input.store->data() : nullptr), work(input.work) {
     for (int t = 0; t < Terms; ++t) {
       fields[t] = input.fields[static_cast<std::size_t>(t)]->data();
       weights[t] = input.weights[static_cast<std::size_t>(t)];
     }
+  }
+  void beginRow(std::uint64_t offset) const {
+    if (work) work->row(offset);
   }
   // The six values of the point at offset `at` into v, which is returned.
   const double* read(const double*, std::uint64_t at, double* v) const {
@@ -183,6 +195,7 @@ void isotropicStrainPass(StrainImage& image, const StepContext& ctx,
     for (std::uint64_t x = range.begin; x < range.end; ++x)
       for (std::uint64_t y = 0; y < image.nSecond; ++y) {
         const std::uint64_t row = (x - image.firstOffset) * image.planeStride + y * image.rowStride;
+        input.beginRow(row);
         const Colour* colourRow = colours.voxelPointer(x, y, 0);
         for (std::uint64_t z = 0; z < image.nThird; ++z) {
           const Colour colour = colourRow[z * colours.strideZ];
@@ -266,7 +279,8 @@ void strainPass(StrainImage& image, StepKind kind, const StepContext& ctx,
           }
         }
         for (int c = 0; c < 6; ++c) e[c] = s[c] - s0[c];
-      });
+      },
+      [&](std::uint64_t row) { input.beginRow(row); });
   for (std::uint64_t i = 0; i < image.nComponents; ++i) regularisationSums[i] = acc.regularisation[i];
 }
 
