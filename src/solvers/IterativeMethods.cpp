@@ -5,6 +5,7 @@
 #include <cmath>
 #include <map>
 #include <ostream>
+#include <utility>
 #include <vector>
 
 #include "common/Fatal.h"
@@ -299,30 +300,8 @@ class ConjugateUpdate final : public StepRowWork {
   }
 
   void row(std::uint64_t o) override {
-    double* x = x_ + o;
-    double* r = r_ + o;
-    double* p = p_ + o;
-    const double* q = q_ + o;
-    const double* b = b_ ? b_ + o : nullptr;
-    const double alpha = alpha_;
-    const double beta = beta_;
-    const double* we = energy_.rowWeights();
-    const double* wt = tensor_.rowWeights();
-    double r2 = 0.0;
-    double x2 = 0.0;
-#pragma omp simd reduction(+ : r2, x2)
-    for (std::uint64_t i = 0; i < length_; ++i) {
-      const double ap = p[i] + (b ? b[i] : 0.0) - q[i];
-      const double xi = x[i] + alpha * p[i];
-      const double ri = r[i] + alpha * ap;
-      x[i] = xi;
-      r[i] = ri;
-      p[i] = beta * p[i] - ri;
-      r2 += we[i] * ri * ri;
-      x2 += wt[i] * xi * xi;
-    }
-    if (energy_.coupled()) r2 += energy_.rowTraces(r, r);
-    if (tensor_.coupled()) x2 += tensor_.rowTraces(x, x);
+    // Two loops, with and without b: a choice inside the loop keeps it from vectorizing.
+    const auto [r2, x2] = b_ ? rowWith<true>(o) : rowWith<false>(o);
     ThreadSums& s = sums_[static_cast<std::size_t>(omp_get_thread_num())];
     s.r2 += r2;
     s.x2 += x2;
@@ -339,6 +318,36 @@ class ConjugateUpdate final : public StepRowWork {
   }
 
  private:
+  template <bool WithB>
+  std::pair<double, double> rowWith(std::uint64_t o) {
+    double* x = x_ + o;
+    double* r = r_ + o;
+    double* p = p_ + o;
+    const double* q = q_ + o;
+    const double* b = WithB ? b_ + o : nullptr;
+    const double alpha = alpha_;
+    const double beta = beta_;
+    const double* we = energy_.rowWeights();
+    const double* wt = tensor_.rowWeights();
+    double r2 = 0.0;
+    double x2 = 0.0;
+#pragma omp simd reduction(+ : r2, x2)
+    for (std::uint64_t i = 0; i < length_; ++i) {
+      double ap = p[i] - q[i];
+      if constexpr (WithB) ap += b[i];
+      const double xi = x[i] + alpha * p[i];
+      const double ri = r[i] + alpha * ap;
+      x[i] = xi;
+      r[i] = ri;
+      p[i] = beta * p[i] - ri;
+      r2 += we[i] * ri * ri;
+      x2 += wt[i] * xi * xi;
+    }
+    if (energy_.coupled()) r2 += energy_.rowTraces(r, r);
+    if (tensor_.coupled()) x2 += tensor_.rowTraces(x, x);
+    return {r2, x2};
+  }
+
   // A cache line per thread.
   struct alignas(64) ThreadSums {
     double r2 = 0.0;
@@ -358,6 +367,26 @@ class ConjugateUpdate final : public StepRowWork {
   double alpha_ = 0.0;
   double beta_ = 0.0;
 };
+
+// p . A p, r . A p and A p . A p on one row, A p = p + b - q formed on the way, in a product
+// of weights w (without trace terms). Two loops, with and without b: a choice inside the loop
+// keeps it from vectorizing.
+template <bool WithB>
+std::array<double, 3> directionProducts(const double* p, const double* r, const double* q,
+                                        const double* b, const double* w, std::uint64_t n) {
+  double pAp = 0.0;
+  double rAp = 0.0;
+  double apAp = 0.0;
+#pragma omp simd reduction(+ : pAp, rAp, apAp)
+  for (std::uint64_t i = 0; i < n; ++i) {
+    double ap = p[i] - q[i];
+    if constexpr (WithB) ap += b[i];
+    pAp += w[i] * p[i] * ap;
+    rAp += w[i] * r[i] * ap;
+    apAp += w[i] * ap * ap;
+  }
+  return {pAp, rAp, apAp};
+}
 
 // Conjugate gradients on (I - L) x = b, started at x = b. p: direction, r: gradient A x - b,
 // q: where the products run. Two passes over the fields per iteration: one pass reads p, r
@@ -406,16 +435,8 @@ void runCG(MethodRun& m) {
       const double* rRow = rd + o;
       const double* qRow = qd + o;
       const double* bRow = bd ? bd + o : nullptr;
-      double pAp = 0.0;
-      double rAp = 0.0;
-      double apAp = 0.0;
-#pragma omp simd reduction(+ : pAp, rAp, apAp)
-      for (std::uint64_t i = 0; i < length; ++i) {
-        const double ap = pRow[i] + (bRow ? bRow[i] : 0.0) - qRow[i];
-        pAp += w[i] * pRow[i] * ap;
-        rAp += w[i] * rRow[i] * ap;
-        apAp += w[i] * ap * ap;
-      }
+      auto [pAp, rAp, apAp] = bRow ? directionProducts<true>(pRow, rRow, qRow, bRow, w, length)
+                                   : directionProducts<false>(pRow, rRow, qRow, bRow, w, length);
       if (energy.coupled()) {
         thread_local std::vector<double> ap;
         ap.resize(length);
