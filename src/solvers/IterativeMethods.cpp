@@ -114,18 +114,22 @@ class SystemOperator {
       thread_local std::vector<double> buffer;
       if (!Write && buffer.size() < length) buffer.resize(length);
       double* ap = Write ? qd + o : buffer.data();
-      const double* pr = pd + o;
-      const double* qr = qd + o;
-      if (bd) {
-        const double* br = bd + o;
-#pragma omp simd
-        for (std::uint64_t i = 0; i < length; ++i) ap[i] = weight * pr[i] + br[i] - qr[i];
-      } else {
-#pragma omp simd
-        for (std::uint64_t i = 0; i < length; ++i) ap[i] = weight * pr[i] - qr[i];
-      }
+      productRow(pd + o, weight, bd ? bd + o : nullptr, qd + o, ap, length);
       body(o, static_cast<const double*>(ap), s);
     });
+  }
+
+  // ap := weight p + b - q on one row of n values (b null: no load stored). ap may be q.
+  static void productRow(const double* p, double weight, const double* b, const double* q,
+                         double* ap, std::uint64_t n) {
+    // Two loops, with and without b: a choice inside the loop keeps it from vectorizing.
+    if (b) {
+#pragma omp simd
+      for (std::uint64_t i = 0; i < n; ++i) ap[i] = weight * p[i] + b[i] - q[i];
+    } else {
+#pragma omp simd
+      for (std::uint64_t i = 0; i < n; ++i) ap[i] = weight * p[i] - q[i];
+    }
   }
 
  private:
@@ -440,8 +444,7 @@ void runCG(MethodRun& m) {
       if (energy.coupled()) {
         thread_local std::vector<double> ap;
         ap.resize(length);
-        for (std::uint64_t i = 0; i < length; ++i)
-          ap[i] = pRow[i] + (bRow ? bRow[i] : 0.0) - qRow[i];
+        SystemOperator::productRow(pRow, 1.0, bRow, qRow, ap.data(), length);
         pAp += energy.rowTraces(pRow, ap.data());
         rAp += energy.rowTraces(rRow, ap.data());
         apAp += energy.rowTraces(ap.data(), ap.data());
