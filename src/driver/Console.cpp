@@ -26,9 +26,12 @@ void stopRedirectors() {
   stderrRedirector.stop();
 }
 
+// Only a regular file is removed: an error stream sent to a device such as /dev/null or
+// /dev/full also reads as empty, and unlinking it would break the machine for everyone.
 void removeErrorFileWhenEmpty() {
   struct stat info;
-  if (!errorFilePath.empty() && ::stat(errorFilePath.c_str(), &info) == 0 && info.st_size == 0)
+  if (!errorFilePath.empty() && ::stat(errorFilePath.c_str(), &info) == 0 &&
+      S_ISREG(info.st_mode) && info.st_size == 0)
     ::unlink(errorFilePath.c_str());
 }
 

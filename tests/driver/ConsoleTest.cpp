@@ -1,4 +1,6 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -44,6 +46,27 @@ TEST(ConsoleRedirection, TerminationSignalLeavesThroughTheExitHandler) {
   EXPECT_EXIT(body(), ::testing::ExitedWithCode(1), "");
   EXPECT_EQ(readFile(dir / "stdout.txt"), "before the signal\n");
   EXPECT_FALSE(fs::exists(dir / "error.txt"));
+  fs::remove_all(dir);
+}
+
+// An error stream sent to something that is not a regular file (a pipe here; /dev/null or
+// /dev/full in practice) reads as empty at the end and must stay where it is.
+TEST(ConsoleRedirection, AnErrorStreamThatIsNoRegularFileIsNotRemoved) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const fs::path dir = freshDirectory("gridmoor-console-fifo");
+  const fs::path fifo = dir / "errors";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  // Held open for reading, so that the run's open for writing does not wait for a reader.
+  const int reader = ::open(fifo.c_str(), O_RDWR | O_NONBLOCK);
+  ASSERT_GE(reader, 0);
+  auto body = [&] {
+    redirectStandardStreams((dir / "stdout.txt").string(), fifo.string());
+    installExitAndSignalHandlers();
+    std::exit(0);
+  };
+  EXPECT_EXIT(body(), ::testing::ExitedWithCode(0), "");
+  EXPECT_TRUE(fs::is_fifo(fifo));
+  ::close(reader);
   fs::remove_all(dir);
 }
 
