@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <sstream>
 
 #include "common/Fatal.h"
@@ -130,9 +131,15 @@ void readGeometry(const XmlNode& image, const std::string& path,
   extent = parseNumbers<6, std::int64_t>(image.attributeValue("WholeExtent"), "WholeExtent", path);
   origin = parseNumbers<3, double>(image.attributeValue("Origin"), "Origin", path);
   spacing = parseNumbers<3, double>(image.attributeValue("Spacing"), "Spacing", path);
-  for (int axis = 0; axis < 3; ++axis)
+  for (int axis = 0; axis < 3; ++axis) {
+    std::int64_t span;
     if (extent[2 * axis + 1] < extent[2 * axis])
       fatal("VTI file " + path + ": its WholeExtent has an upper index below the lower one");
+    // A point-data grid has one more point than its span: that must be countable too.
+    if (__builtin_sub_overflow(extent[2 * axis + 1], extent[2 * axis], &span) ||
+        span == std::numeric_limits<std::int64_t>::max())
+      fatal("VTI file " + path + ": its WholeExtent spans more indices than a grid can hold");
+  }
 }
 
 // The arrays of a piece or an index ("" or "P" in front of the element names): those of the
@@ -490,10 +497,12 @@ void VtiReader::readFields(Image<T>& image, const VoxelBox& box,
       // The piece's voxels in grid indices.
       VoxelBox pieceBox;
       for (int axis = 0; axis < 3; ++axis) {
-        const std::int64_t b = piece.extent[2 * axis] - wholeExtent[2 * axis];
-        const std::int64_t e =
-            piece.extent[2 * axis + 1] - wholeExtent[2 * axis] + (pointData ? 1 : 0);
-        if (b < 0 || e < b || static_cast<std::uint64_t>(e) > getGridSize(axis))
+        std::int64_t b, e;
+        const bool overflow =
+            __builtin_sub_overflow(piece.extent[2 * axis], wholeExtent[2 * axis], &b) ||
+            __builtin_sub_overflow(piece.extent[2 * axis + 1], wholeExtent[2 * axis], &e) ||
+            __builtin_add_overflow(e, pointData ? 1 : 0, &e);
+        if (overflow || b < 0 || e < b || static_cast<std::uint64_t>(e) > getGridSize(axis))
           fatal("VTI file " + source.fileName + ": a piece's Extent lies outside the WholeExtent");
         pieceBox.begin[axis] = static_cast<std::uint64_t>(b);
         pieceBox.end[axis] = static_cast<std::uint64_t>(e);

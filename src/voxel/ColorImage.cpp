@@ -54,10 +54,19 @@ std::string gridText(std::uint64_t x, std::uint64_t y, std::uint64_t z) {
   return std::to_string(x) + " x " + std::to_string(y) + " x " + std::to_string(z);
 }
 
+// The largest grid a run addresses. The transforms take each axis length as an int, and with
+// at most 2^42 voxels every byte count of the run's fields (voxels times components times
+// bytes times fields) stays far inside 64 bits, also in a memory estimate.
+constexpr std::uint64_t maxAxisVoxels = (std::uint64_t(1) << 31) - 1;
+constexpr std::uint64_t maxGridVoxels = std::uint64_t(1) << 42;
+
 void requireVoxels(const std::string& kind, const std::string& fileName, std::uint64_t x,
                    std::uint64_t y, std::uint64_t z) {
   if (x == 0 || y == 0 || z == 0)
     fatal(kind + " file " + fileName + " has an empty grid: " + gridText(x, y, z));
+  if (x > maxAxisVoxels || y > maxAxisVoxels || z > maxAxisVoxels ||
+      static_cast<unsigned __int128>(x) * y * z > maxGridVoxels)
+    fatal(kind + " file " + fileName + " has a grid too large to solve: " + gridText(x, y, z));
 }
 
 // Byte source over a FILE with its own buffer: the run data are read pair by pair, and

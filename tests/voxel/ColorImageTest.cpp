@@ -285,3 +285,37 @@ TEST_F(ColorImageFiles, VtiGeometryTakesMaterialsThenMaterialThenSubstance) {
   EXPECT_EXIT(read.readVti(file, 0, "None"), ::testing::ExitedWithCode(1),
               "^vti-File .*phases.pvti does not contain material information.\n$");
 }
+
+// Compressed data can promise any grid in a few bytes: extents whose spans or voxel count
+// leave 64 bits, or exceed what a run can address, end the run before anything is allocated.
+TEST_F(ColorImageFiles, VtiExtentsBeyondAnAddressableGridEndTheRun) {
+  const auto vti = [&](const std::string& name, const std::string& whole,
+                       const std::string& piece) {
+    return fileWith(name, "<?xml version=\"1.0\"?>\n<VTKFile type=\"ImageData\" version=\"0.1\">"
+                          "<ImageData WholeExtent=\"" + whole +
+                              "\" Origin=\"0 0 0\" Spacing=\"1 1 1\"><Piece Extent=\"" + piece +
+                              "\"><CellData><DataArray type=\"UInt8\" Name=\"Materials\" "
+                              "format=\"appended\" offset=\"0\"/></CellData></Piece></ImageData>"
+                              "<AppendedData encoding=\"raw\">_    </AppendedData></VTKFile>");
+  };
+  const auto dies = [&](const std::string& file, const std::string& message) {
+    EXPECT_EXIT(
+        {
+          ColorImage image("bad");
+          image.readVti(file, 0, "None");
+        },
+        ::testing::ExitedWithCode(1), message)
+        << file;
+  };
+  const std::string span = "WholeExtent spans more indices than a grid can hold";
+  dies(vti("wide.vti", "-9223372036854775808 9223372036854775807 0 1 0 1", "0 1 0 1 0 1"), span);
+  dies(vti("long.vti", "0 9223372036854775807 0 4 0 4", "0 1 0 1 0 1"), span);
+  // 2^62 x 4 x 4 voxels wrap to 0 in 64 bits.
+  dies(vti("wrap.vti", "0 4611686018427387904 0 4 0 4", "0 1 0 1 0 1"),
+       "grid too large to solve: 4611686018427387904 x 4 x 4");
+  dies(vti("many.vti", "0 4194304 0 4194304 0 4", "0 1 0 1 0 1"),
+       "grid too large to solve: 4194304 x 4194304 x 4");
+  dies(vti("piece.vti", "-9223372036854775807 -9223372036854775806 0 1 0 1",
+           "9223372036854775806 9223372036854775807 0 1 0 1"),
+       "a piece's Extent lies outside the WholeExtent");
+}
