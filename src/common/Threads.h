@@ -4,10 +4,16 @@
 
 #include <omp.h>
 
+#include <algorithm>
+
 namespace gridmoor {
 
+// A request above the processor count is cut to it: more threads than processors only slow
+// the transforms and the voxel loops, and a count in the thousands makes the thread library
+// fail to start its team.
 inline int runThreadCount(int requested) {
-  return requested > 0 ? requested : (omp_get_num_procs() + 1) / 2;
+  const int processors = omp_get_num_procs();
+  return requested > 0 ? std::min(requested, processors) : (processors + 1) / 2;
 }
 
 }  // namespace gridmoor
