@@ -1,8 +1,10 @@
 #include "formats/LufHeader.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdlib>
+#include <istream>
 #include <ostream>
 
 #include "common/Fatal.h"
@@ -15,6 +17,32 @@ namespace {
 constexpr std::int64_t maxHeaderLength = 999999999;
 constexpr std::size_t valueColumn = 16;
 constexpr std::size_t imageValueOffset = 10;  // from the colon of an "Image<n>:" key
+
+// The value of the first "HeaderLength <n>" line, or 0. The line lies inside the header, so
+// the search reads no further than the longest header, and it keeps no more of a line than
+// such a line can hold: a wrong binary file, or a device without line ends, is neither read
+// whole nor held in memory.
+std::int64_t findHeaderLength(std::istream& in) {
+  constexpr std::streamsize longestKeyLine = 4096;
+  std::array<char, longestKeyLine> line;
+  std::uint64_t scanned = 0;
+  bool atLineStart = true;  // whether the buffer holds the beginning of a line
+  while (scanned <= static_cast<std::uint64_t>(maxHeaderLength)) {
+    in.getline(line.data(), longestKeyLine);
+    const std::streamsize count = in.gcount();
+    if (count == 0 && in.fail()) break;  // nothing left
+    scanned += static_cast<std::uint64_t>(count);
+    const bool cut = in.fail() && !in.eof();  // the line goes on beyond the buffer
+    if (atLineStart && !cut) {
+      const std::vector<std::string> tokens = split(line.data(), " ");
+      if (tokens.size() == 2 && tokens[0] == "HeaderLength") return std::atoi(tokens[1].c_str());
+    }
+    if (in.eof()) break;
+    if (cut) in.clear();
+    atLineStart = !cut;
+  }
+  return 0;
+}
 
 }  // namespace
 
@@ -72,14 +100,7 @@ LufHeaderReader::LufHeaderReader(const std::string& fileName)
   fileSize_ = static_cast<std::uint64_t>(stream_.tellg());
   stream_.seekg(0);
 
-  std::string line;
-  while (std::getline(stream_, line)) {
-    const std::vector<std::string> tokens = split(line, " ");
-    if (tokens.size() == 2 && tokens[0] == "HeaderLength") {
-      headerLength_ = std::atoi(tokens[1].c_str());
-      break;
-    }
-  }
+  headerLength_ = findHeaderLength(stream_);
   stream_.clear();
   stream_.seekg(0);
 

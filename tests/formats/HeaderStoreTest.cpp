@@ -120,6 +120,20 @@ TEST_F(LufHeaderFiles, BrokenFilesEndWithTheirMessages) {
               "Keyword HeaderLength not found");
 }
 
+// The search for the length line keeps only a bounded piece of each line: a line longer than
+// that is skipped whole, so text deep inside it never reads as a line of its own.
+TEST_F(LufHeaderFiles, HeaderLengthLineIsFoundAfterLongLinesButNeverInsideThem) {
+  for (const std::size_t prefix : {std::size_t(4095), std::size_t(4096), std::size_t(10000)}) {
+    SCOPED_TRACE(prefix);
+    const std::string file = fileWith("long.lof", std::string(prefix, 'x') + "HeaderLength 7\n" +
+                                                      "HeaderLength 40\nNx 1\n\n");
+    EXPECT_EQ(LufHeaderReader(file).headerLength(), 40);
+  }
+  // Binary data without any line end has no length line.
+  const std::string binary = fileWith("binary.lof", std::string(5'000'000, '\0'));
+  EXPECT_EQ(LufHeaderReader(binary).headerLength(), 0);
+}
+
 TEST_F(LufHeaderFiles, HeaderLengthBeyondTheFileLeavesStreamAtItsEnd) {
   std::string header = makeHeader("double,double,double");
   const std::size_t field = header.find("HeaderLength") + 16;

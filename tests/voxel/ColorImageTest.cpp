@@ -150,9 +150,11 @@ TEST_F(ColorImageFiles, BrokenLdtFilesEndTheRun) {
   };
   dies("short.ldt", ldtHeader(2, 1, 1).substr(0, 12), "header is incomplete");
   dies("empty.ldt", ldtHeader(0, 4, 4), "empty grid: 0 x 4 x 4");
-  // A header that promises 2^32-1 voxels per axis must not make the reader allocate them.
+  // Headers that promise more voxels than a run can address, or than the file's runs can
+  // hold, must not make the reader allocate them.
   dies("huge.ldt", ldtHeader(0xffffffffu, 0xffffffffu, 0xffffffffu) + pairs({{255, 1}}),
-       "is truncated");
+       "grid too large to solve: 4294967295 x 4294967295 x 4294967295");
+  dies("promise.ldt", ldtHeader(4096, 4096, 4096) + pairs({{255, 1}}), "is truncated");
   // Enough bytes for the minimum of 255-voxel runs, but the runs are shorter.
   dies("cut.ldt", ldtHeader(2, 1, 4) + pairs({{2, 1}, {2, 1}, {1, 1}, {0, 0}}),
        "truncated: its run data end in plane 1 of 2");
