@@ -1,7 +1,9 @@
 #include "materials/MaterialFactory.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 #include "common/Fatal.h"
 #include "input/KeywordsElasticity.h"
@@ -21,6 +23,27 @@ namespace {
 constexpr int coloursWithoutGeometry = 16;
 
 [[noreturn]] void notImplemented() { fatal("Material Type not implemented"); }
+
+// Every number among a law's parameters must be finite: the C library reads "nan", "inf" and
+// an overflowing 1e400 without complaint, and such a law makes the solve iterate to its limit
+// and write fields of NaN. Lists are checked token by token; words are not numbers and pass.
+void requireFiniteParameters(const XmlNode& parameters, Colour colour, const std::string& name) {
+  for (int i = 0; parameters && i < parameters.childCount(); ++i) {
+    const std::string key = parameters.child(i).name();
+    const std::string text = readParameterText(parameters, key, std::string());
+    std::size_t begin = text.find_first_not_of(" \t\r\n,;");
+    while (begin != std::string::npos) {
+      const std::size_t end = text.find_first_of(" \t\r\n,;", begin);
+      const std::string token = text.substr(begin, end - begin);
+      char* stop = nullptr;
+      const double value = std::strtod(token.c_str(), &stop);
+      if (*stop == '\0' && !std::isfinite(value))
+        fatal("Material " + std::to_string(int{colour}) + " (" + name + "): the parameter " +
+              key + " is not a finite number: \"" + token + "\"");
+      begin = end == std::string::npos ? end : text.find_first_not_of(" \t\r\n,;", end);
+    }
+  }
+}
 
 // What every law constructor of the table takes.
 struct LawArguments {
@@ -127,6 +150,7 @@ void MaterialFactory::buildEntry(const XmlNode& entry, Colour colour) {
       std::printf("         Fluid color should be equal to %d\n", keywords_.fluidColor());
       std::fflush(stdout);
     }
+    requireFiniteParameters(parameters, colour, name);
     holder->elastic = makeElasticLaw(index, name, parameters, colour);
   } else {
     holder->heat = makeHeatLaw(index, name, parameters, colour);

@@ -91,6 +91,27 @@ TEST_F(MaterialFactoryTest, EachLinearTypeNameBuildsItsLaw) {
             210.0);
 }
 
+TEST_F(MaterialFactoryTest, NonFiniteNumbersAmongTheParametersEndTheRun) {
+  ListGeometry geometry({3}, {});
+  const auto dies = [&](const std::string& type, const std::string& parameters,
+                        const std::string& message) {
+    EXPECT_EXIT(build(treeWith(entry(3, type, "matrix", parameters)), &geometry),
+                ::testing::ExitedWithCode(1), message)
+        << parameters;
+  };
+  dies("LE", "<E><value>nan</value></E><nu><value>0.3</value></nu>",
+       "^Material 3 \\(matrix\\): the parameter E is not a finite number: \"nan\"\n$");
+  dies("LETE", "<E>2</E><nu>0.3</nu><alpha><values>-inf</values></alpha>", "parameter alpha .*\"-inf\"");
+  dies("LEANISO", "<C><value>1,2,1e400,4</value></C>", "parameter C .*\"1e400\"");
+  // Words and finite lists pass.
+  const auto built = build(
+      treeWith(entry(3, "LEANISO", "m",
+                     "<C><value>" + std::string("1,0,0,0,0,0,1,0,0,0,0,1,0,0,0,1,0,0,1,0,1") +
+                         "</value></C><IsotropicMaterialLaw>false</IsotropicMaterialLaw>")),
+      &geometry);
+  EXPECT_NE(built->elasticLaw(3), nullptr);
+}
+
 TEST_F(MaterialFactoryTest, TypesWithoutALawEndTheRunAfterTheFluidWarning) {
   ListGeometry geometry({2, 4}, {});
   for (const char* type : {"NH", "UMAT", "RIGID", ""})
