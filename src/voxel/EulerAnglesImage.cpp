@@ -1,5 +1,6 @@
 #include "voxel/EulerAnglesImage.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -135,6 +136,11 @@ void EulerAnglesImage::readLof(const std::string& fileName, std::uint64_t sizeX,
         const char* v = line.data() + x * voxelBytes;
         EulerTriple angles{decode(v, elementSize), decode(v + elementSize, elementSize),
                            decode(v + 2 * elementSize, elementSize)};
+        // A NaN or infinite angle would turn the voxel's law into NaN and the whole solve
+        // with it, without a word.
+        if (!std::isfinite(angles[0] + angles[1] + angles[2]))
+          fatal("Orientation file " + fileName + ": the angles of voxel (" + std::to_string(x) +
+                ", " + std::to_string(y) + ", " + std::to_string(z) + ") are not finite numbers");
         if (fromZXZ) angles = convertZXZToXZX(angles);
         double* target = voxelPointer(x, y, z);
         for (std::uint64_t c = 0; c < components; ++c) target[c] = angles[c];

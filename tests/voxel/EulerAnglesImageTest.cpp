@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <random>
@@ -170,6 +171,15 @@ TEST(EulerAnglesImageDeathTest, BadFilesEndTheRunWithAClearLine) {
   fails("Nx", "2000000000000000000", 0, "is truncated");
   fails("Ny", "0", 0, "Ny 0 is not a positive grid size\n$");
   fails("Ny", "two", 0, "Ny two is not a positive grid size\n$");
+
+  // A NaN angle in voxel (2, 1, 0), the sixth voxel of the file.
+  LofFile nan(3, 2, 2);
+  const double value = std::nan("");
+  std::memcpy(nan.data.data() + (5 * 3 + 1) * sizeof(double), &value, sizeof value);
+  EXPECT_EXIT(EulerAnglesImage("a").readLof(nan.write("nan.lof"), 0, false),
+              testing::ExitedWithCode(1),
+              "^Orientation file .*nan.lof: the angles of voxel \\(2, 1, 0\\) are not finite "
+              "numbers\n$");
 }
 
 using linear_elastic_test::axisRotation;
