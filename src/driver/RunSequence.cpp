@@ -1,7 +1,8 @@
 #include "driver/RunSequence.h"
 
-#include <cstdio>
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <filesystem>
 
 #include "common/Fatal.h"
@@ -133,8 +134,15 @@ void RunSequence::readGeometry() {
   geometry_->readAndResample(runThreadCount(kw.nThreads()), kw.resamplingMode(), target,
                              kw.fastEstimateSolution(),
                              resolveInputPath(outputDirectory_, kw.inputLdtFile()));
-  if (kw.changeResolution())
+  if (kw.changeResolution()) {
+    // A length of zero, a negative one or NaN (also what a word reads as) would poison every
+    // frequency of the Green operator and the solve would end in NaN fields.
+    for (const Parameter<double>* length : {&kw.resolutionX, &kw.resolutionY, &kw.resolutionZ})
+      if (!std::isfinite((*length)()) || (*length)() <= 0.0)
+        fatal("The voxel length " + length->key + " must be a positive number, not \"" +
+              length->text() + "\"");
     geometry_->setOriginalResolution(kw.resolutionX(), kw.resolutionY(), kw.resolutionZ());
+  }
   gridSize_ = {geometry_->getSizeX(), geometry_->getSizeY(), geometry_->getSizeZ()};
   timers_.ldt.stop();
 }
