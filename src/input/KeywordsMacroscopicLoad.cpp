@@ -2,6 +2,7 @@
 // the constant or the table, the temperature change, the zero tests, the masks of mixed
 // loads and the header printed at the start of each step.
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <sstream>
 
@@ -102,6 +103,11 @@ const DoubleList& KeywordsElasticity::checkedConstantLoad(LoadKind kind) const {
     fatal(load.key + " holds " + std::to_string(load().size()) + " values, but a " +
           loadKindName(kind) + " load has " + std::to_string(count));
   }
+  // The C library reads "nan", "inf" and an overflowing 1e400 as numbers; such a load would
+  // only show as fields of NaN after the iteration limit.
+  for (const double value : load())
+    if (!std::isfinite(value))
+      fatal(load.key + " holds a value that is not a finite number: \"" + load.format() + "\"");
   return load();
 }
 

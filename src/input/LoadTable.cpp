@@ -1,5 +1,6 @@
 #include "input/LoadTable.h"
 
+#include <cmath>
 #include <sstream>
 
 #include "common/Fatal.h"
@@ -31,6 +32,12 @@ void checkLoadTable(const Table& table, std::size_t width, const std::string& ke
               << " numbers, but a row is a time and " << width << " values";
       fatal(message.str());
     }
+    for (const double value : table[r])
+      if (!std::isfinite(value)) {
+        std::ostringstream message;
+        message << key << ": row " << r + 1 << " holds " << value << ", which is not a finite number";
+        fatal(message.str());
+      }
     if (r > 0 && !(table[r][0] > table[r - 1][0])) {
       std::ostringstream message;
       message << key << ": the times of the rows must increase, but row " << r + 1

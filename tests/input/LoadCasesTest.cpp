@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "input/KeyWordsLattora.h"
 
 namespace gridmoor {
@@ -163,6 +165,11 @@ TEST(LoadCasesDeathTest, BadTablesAndListsNameTheirKey) {
   EXPECT_EXIT(loadAt(kw, 0.5), ::testing::ExitedWithCode(1),
               "^input/Solution/MacroscopicStrainValues: row 2 holds 6 numbers, but a row is a "
               "time and 6 values\n$");
+  const double nan = std::nan("");
+  kw.macroscopicStrainValues.set({{0, 0, 0, 0, 0, 0, 0}, {1, 0.01, 0, nan, 0, 0, 0}});
+  EXPECT_EXIT(loadAt(kw, 0.5), ::testing::ExitedWithCode(1),
+              "^input/Solution/MacroscopicStrainValues: row 2 holds nan, which is not a finite "
+              "number\n$");
   kw.macroscopicTemperatureChangeValues.set({{0, 0}, {0, 1}});
   EXPECT_EXIT(kw.temperatureChangeAt(0.0), ::testing::ExitedWithCode(1),
               "^input/Solution/MacroscopicTemperatureChangeValues: the times of the rows must "
@@ -172,6 +179,10 @@ TEST(LoadCasesDeathTest, BadTablesAndListsNameTheirKey) {
   kw.macroscopicStrain.set({0.1, 0, 0});
   EXPECT_EXIT(kw.isZeroLoad(), ::testing::ExitedWithCode(1),
               "^input/Solution/MacroscopicStrain holds 3 values, but a Strain load has 6\n$");
+  kw.macroscopicStrain.set({0.1, 0, 0, 0, HUGE_VAL, 0});
+  EXPECT_EXIT(kw.isZeroLoad(), ::testing::ExitedWithCode(1),
+              "^input/Solution/MacroscopicStrain holds a value that is not a finite number: "
+              "\"0.1,0,0,0,inf,0\"\n$");
   kw.typeOfMacroscopicLoadStrainStress.set("Shear");
   EXPECT_EXIT(kw.macroscopicLoadKind(), ::testing::ExitedWithCode(1),
               "^input/Solution/TypeOfMacroscopicLoadStrainStress: unknown load type \"Shear\" "
