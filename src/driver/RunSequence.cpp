@@ -1,7 +1,6 @@
 #include "driver/RunSequence.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <filesystem>
 
@@ -135,12 +134,13 @@ void RunSequence::readGeometry() {
                              kw.fastEstimateSolution(),
                              resolveInputPath(outputDirectory_, kw.inputLdtFile()));
   if (kw.changeResolution()) {
-    // A length of zero, a negative one or NaN (also what a word reads as) would poison every
-    // frequency of the Green operator and the solve would end in NaN fields.
+    // A length of zero (also what a word reads as), a negative one, NaN or one beyond the
+    // usable range would poison every frequency of the Green operators, and the solve would
+    // end in NaN fields.
     for (const Parameter<double>* length : {&kw.resolutionX, &kw.resolutionY, &kw.resolutionZ})
-      if (!std::isfinite((*length)()) || (*length)() <= 0.0)
-        fatal("The voxel length " + length->key + " must be a positive number, not \"" +
-              length->text() + "\"");
+      if (!ColorImage::isUsableVoxelLength((*length)()))
+        fatal("The voxel length " + length->key + " must be a positive number from 1e-100 to "
+              "1e100, not \"" + length->text() + "\"");
     geometry_->setOriginalResolution(kw.resolutionX(), kw.resolutionY(), kw.resolutionZ());
   }
   gridSize_ = {geometry_->getSizeX(), geometry_->getSizeY(), geometry_->getSizeZ()};

@@ -219,9 +219,9 @@ void ColorImage::readLdt(const std::string& fileName, std::uint64_t targetSizeX,
       std::string number;
       char* end = nullptr;
       const double value = in.word(number) ? std::strtod(number.c_str(), &end) : 0.0;
-      // A voxel length that is no positive number would poison every later length and
+      // A voxel length that is no usable number would poison every later length and
       // frequency, so it is refused here rather than carried into the solve.
-      if (end == nullptr || end == number.c_str() || !std::isfinite(value) || value <= 0.0)
+      if (end == nullptr || end == number.c_str() || !isUsableVoxelLength(value))
         fatal("ldt file " + fileName + " has an invalid VoxelLength: \"" + number + "\"");
       setAllResolutions(value);
       std::cout << "Resolution of Geometry: " << value << "\n\n";
@@ -307,7 +307,7 @@ void ColorImage::readVtk(const std::string& fileName, std::uint64_t targetSizeX,
   for (int a = 0; a < 3; ++a) {
     if (dims[a] < 1 || dims[a] > (1LL << 31))
       fatal("VTK file " + fileName + " has invalid DIMENSIONS");
-    if (!std::isfinite(spacing[a]) || spacing[a] <= 0.0)
+    if (!isUsableVoxelLength(spacing[a]))
       fatal("VTK file " + fileName + " has an invalid SPACING");
   }
 
@@ -380,6 +380,9 @@ void ColorImage::readVti(const std::string& fileName, std::uint64_t targetSizeX,
   resolutionX = reader.getSpacing()[0];
   resolutionY = reader.getSpacing()[1];
   resolutionZ = reader.getSpacing()[2];
+  for (const double length : reader.getSpacing())
+    if (!isUsableVoxelLength(length))
+      fatal("vti-File " + fileName + " has an invalid Spacing: " + std::to_string(length));
 
   std::cout << "Size of Geometry: " << gridText(sx, sy, sz) << "\n";
   setSize(sx, sy, sz, targetSizeX, resamplingMode);

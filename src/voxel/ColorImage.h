@@ -54,6 +54,10 @@ class ColorImage : public Image<Colour> {
   void readVti(const std::string& fileName, std::uint64_t targetSizeX,
                const std::string& resamplingMode);
 
+  // Whether a voxel length can enter the solve: positive, and within 1e-100 to 1e100, so that
+  // the squared frequencies of the Green operators neither overflow nor vanish.
+  static bool isUsableVoxelLength(double length) { return length >= 1e-100 && length <= 1e100; }
+
   // Reads the grid size of a .ldt file from its header and prints "Size is: NX NY NZ".
   static void readSize(const std::string& fileName, std::uint64_t& sizeX, std::uint64_t& sizeY,
                        std::uint64_t& sizeZ);

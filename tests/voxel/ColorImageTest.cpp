@@ -159,6 +159,8 @@ TEST_F(ColorImageFiles, BrokenLdtFilesEndTheRun) {
   dies("cut.ldt", ldtHeader(2, 1, 4) + pairs({{2, 1}, {2, 1}, {1, 1}, {0, 0}}),
        "truncated: its run data end in plane 1 of 2");
   dies("length.ldt", ldtHeader(1, 1, 1) + pairs({{1, 1}}) + " VoxelLength -2", "invalid VoxelLength");
+  // Squared frequencies of a denormal length overflow.
+  dies("tiny.ldt", ldtHeader(1, 1, 1) + pairs({{1, 1}}) + " VoxelLength 1e-320", "invalid VoxelLength");
 }
 
 TEST_F(ColorImageFiles, RekVolumesReadXFastest) {
@@ -289,13 +291,14 @@ TEST_F(ColorImageFiles, VtiGeometryTakesMaterialsThenMaterialThenSubstance) {
 }
 
 // Compressed data can promise any grid in a few bytes: extents whose spans or voxel count
-// leave 64 bits, or exceed what a run can address, end the run before anything is allocated.
-TEST_F(ColorImageFiles, VtiExtentsBeyondAnAddressableGridEndTheRun) {
+// leave 64 bits, or exceed what a run can address, end the run before anything is allocated;
+// so does a spacing that can not be a voxel length.
+TEST_F(ColorImageFiles, VtiGridsThatCanNotBeSolvedEndTheRun) {
   const auto vti = [&](const std::string& name, const std::string& whole,
-                       const std::string& piece) {
+                       const std::string& piece, const std::string& spacing = "1 1 1") {
     return fileWith(name, "<?xml version=\"1.0\"?>\n<VTKFile type=\"ImageData\" version=\"0.1\">"
                           "<ImageData WholeExtent=\"" + whole +
-                              "\" Origin=\"0 0 0\" Spacing=\"1 1 1\"><Piece Extent=\"" + piece +
+                              "\" Origin=\"0 0 0\" Spacing=\"" + spacing + "\"><Piece Extent=\"" + piece +
                               "\"><CellData><DataArray type=\"UInt8\" Name=\"Materials\" "
                               "format=\"appended\" offset=\"0\"/></CellData></Piece></ImageData>"
                               "<AppendedData encoding=\"raw\">_    </AppendedData></VTKFile>");
@@ -317,6 +320,7 @@ TEST_F(ColorImageFiles, VtiExtentsBeyondAnAddressableGridEndTheRun) {
        "grid too large to solve: 4611686018427387904 x 4 x 4");
   dies(vti("many.vti", "0 4194304 0 4194304 0 4", "0 1 0 1 0 1"),
        "grid too large to solve: 4194304 x 4194304 x 4");
+  dies(vti("spacing.vti", "0 4 0 4 0 4", "0 4 0 4 0 4", "1 0 1"), "invalid Spacing: 0.0");
   dies(vti("piece.vti", "-9223372036854775807 -9223372036854775806 0 1 0 1",
            "9223372036854775806 9223372036854775807 0 1 0 1"),
        "a piece's Extent lies outside the WholeExtent");
