@@ -1,5 +1,6 @@
 #include "input/ParameterFile.h"
 
+#include <filesystem>
 #include <fstream>
 #include <vector>
 
@@ -45,7 +46,9 @@ XmlNode readParameterTree(const std::string& path) {
   if (extension == "xml") return XmlNode::openFile(path);
   if (extension == "pde") {
     std::ifstream in(path);
-    if (!in) fatal(path + " can not be opened");
+    // A device or pipe in place of the file may never end.
+    std::error_code ignored;
+    if (!in || !std::filesystem::is_regular_file(path, ignored)) fatal(path + " can not be opened");
     return readPdeTree(in);
   }
   // No settings at all: every required key then reports itself when read.

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string_view>
 
 #include "common/Fatal.h"
@@ -566,11 +567,15 @@ XmlNode XmlNode::parseFile(const std::string& path, const std::string& rootName,
                            XmlResults* results) {
   std::string content;
   bool readable = false;
-  if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
+  // Only a regular file counts: a directory opens on Linux but cannot be read, and a device
+  // or pipe (/dev/zero) may never end.
+  std::error_code ignored;
+  std::FILE* f =
+      std::filesystem::is_regular_file(path, ignored) ? std::fopen(path.c_str(), "rb") : nullptr;
+  if (f) {
     char buffer[65536];
     std::size_t got;
     while ((got = std::fread(buffer, 1, sizeof buffer, f)) > 0) content.append(buffer, got);
-    // A directory opens on Linux but cannot be read: that counts as not found, too.
     readable = !std::ferror(f);
     std::fclose(f);
   }

@@ -224,9 +224,10 @@ XmlNode translateCff(std::istream& in) { return Translator(in).translate(); }
 
 XmlNode translateCffFile(const std::string& path) {
   std::ifstream in(path);
-  // A directory opens as a stream on this platform but reads nothing.
+  // A directory opens as a stream on this platform but reads nothing; a device or pipe in
+  // place of the file may never end.
   std::error_code ignored;
-  if (!in || std::filesystem::is_directory(path, ignored)) fatal(path + " can not be opened");
+  if (!in || !std::filesystem::is_regular_file(path, ignored)) fatal(path + " can not be opened");
   return translateCff(in);
 }
 

@@ -261,6 +261,9 @@ TEST(XmlWrite, RoundTripThroughFileWithEntities) {
   EXPECT_EQ(r.error, eXMLErrorFileNotFound);
   EXPECT_FALSE(XmlNode::parseFile(::testing::TempDir(), "", &r));  // a directory
   EXPECT_EQ(r.error, eXMLErrorFileNotFound);
+  // A device is no file: /dev/zero would be read for ever.
+  EXPECT_FALSE(XmlNode::parseFile("/dev/null", "", &r));
+  EXPECT_EQ(r.error, eXMLErrorFileNotFound);
 }
 
 TEST(XmlBase64, TableCases) {

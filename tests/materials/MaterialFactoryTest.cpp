@@ -265,6 +265,7 @@ TEST(CffFile, UnreadableFileEndsTheRun) {
               ::testing::ExitedWithCode(1), "gridmoor_none\\.cff can not be opened");
   EXPECT_EXIT(translateCffFile(::testing::TempDir()), ::testing::ExitedWithCode(1),
               "can not be opened");
+  EXPECT_EXIT(translateCffFile("/dev/null"), ::testing::ExitedWithCode(1), "can not be opened");
 }
 
 class MaterialFactorySource : public gridmoor::testing::ScratchDirectory {
