@@ -45,10 +45,11 @@ XmlNode readParameterTree(const std::string& path) {
   const std::string extension = extensionOf(path);
   if (extension == "xml") return XmlNode::openFile(path);
   if (extension == "pde") {
-    std::ifstream in(path);
-    // A device or pipe in place of the file may never end.
+    // A device or pipe in place of the file may never end (and a pipe blocks the opening).
     std::error_code ignored;
-    if (!in || !std::filesystem::is_regular_file(path, ignored)) fatal(path + " can not be opened");
+    if (!std::filesystem::is_regular_file(path, ignored)) fatal(path + " can not be opened");
+    std::ifstream in(path);
+    if (!in) fatal(path + " can not be opened");
     return readPdeTree(in);
   }
   // No settings at all: every required key then reports itself when read.

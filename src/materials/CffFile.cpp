@@ -223,11 +223,12 @@ class Translator {
 XmlNode translateCff(std::istream& in) { return Translator(in).translate(); }
 
 XmlNode translateCffFile(const std::string& path) {
-  std::ifstream in(path);
   // A directory opens as a stream on this platform but reads nothing; a device or pipe in
-  // place of the file may never end.
+  // place of the file may never end (and a pipe blocks the opening).
   std::error_code ignored;
-  if (!in || !std::filesystem::is_regular_file(path, ignored)) fatal(path + " can not be opened");
+  if (!std::filesystem::is_regular_file(path, ignored)) fatal(path + " can not be opened");
+  std::ifstream in(path);
+  if (!in) fatal(path + " can not be opened");
   return translateCff(in);
 }
 

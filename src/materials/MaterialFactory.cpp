@@ -31,16 +31,12 @@ void requireFiniteParameters(const XmlNode& parameters, Colour colour, const std
   for (int i = 0; parameters && i < parameters.childCount(); ++i) {
     const std::string key = parameters.child(i).name();
     const std::string text = readParameterText(parameters, key, std::string());
-    std::size_t begin = text.find_first_not_of(" \t\r\n,;");
-    while (begin != std::string::npos) {
-      const std::size_t end = text.find_first_of(" \t\r\n,;", begin);
-      const std::string token = text.substr(begin, end - begin);
+    for (const std::string& token : splitTokens(text, " \t\r\n,;")) {
       char* stop = nullptr;
       const double value = std::strtod(token.c_str(), &stop);
       if (*stop == '\0' && !std::isfinite(value))
         fatal("Material " + std::to_string(int{colour}) + " (" + name + "): the parameter " +
               key + " is not a finite number: \"" + token + "\"");
-      begin = end == std::string::npos ? end : text.find_first_not_of(" \t\r\n,;", end);
     }
   }
 }
